@@ -1,0 +1,10 @@
+get_property(left_out GLOBAL PROPERTY zelkora_left_out)
+message(STATUS "zelkora ${PROJECT_VERSION}, ${CMAKE_BUILD_TYPE}, ${CMAKE_CXX_COMPILER_ID} "
+               "${CMAKE_CXX_COMPILER_VERSION}")
+if(left_out)
+  foreach(part IN LISTS left_out)
+    message(STATUS "left out: ${part}")
+  endforeach()
+else()
+  message(STATUS "everything is built")
+endif()

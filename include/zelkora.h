@@ -1,0 +1,608 @@
+/* SPDX-FileCopyrightText: 2026 The Zelkora authors
+ * SPDX-License-Identifier: MIT
+ *
+ * zelkora.h - find, open and configure touch controllers.
+ *
+ * Conventions, valid for the whole interface:
+ *
+ *  1. One global state, no handles, no locks: call the library from one thread only.
+ *  2. Device indexes count from 0 and must lie in 0..3. Two exceptions count from 1:
+ *     GetDeviceNode() and the variable ActiveDevice.
+ *  3. Results: non-zero is success or true, 0 is failure or false; counting functions return
+ *     counts. Getters and setters of settings return the value, or -1 when the controller did
+ *     not answer. Functions whose sense is the other way round say so.
+ *  4. Nearly every entry point calls GetTouchConf(), so the host's switches and debug switch are
+ *     read afresh on every call.
+ *  5. One device is open at a time, on the variable fd. OpenTouchDevice() and OpenPCTDevice()
+ *     open; CloseTouchDevice() and CloseDevice() close; opening while open leaks the descriptor
+ *     that was open. Functions that open and close by themselves say so.
+ *  6. Commands wait for the controller with fixed sleeps (50 ms and more for each attempt, four
+ *     attempts at most). No call has another time limit.
+ *  7. The library prints to standard output: messages of level 0 to 2 always, level 3 only while
+ *     the host's debug switch is on. A host that prints an answer of its own moves one of the two.
+ *  8. Texts copied out are NUL-terminated and never longer than the buffer size stated.
+ *  9. Names keep their spelling, misspellings included.
+ *
+ * Calling order: InitialZelkora() (optional), GetTouchPanels(), the table accessors,
+ * OpenTouchDevice(), commands and settings, CloseTouchDevice().
+ */
+#ifndef ZELKORA_H
+#define ZELKORA_H
+
+#include <linux/hiddev.h>
+#include <sys/utsname.h>
+#include <termios.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
+/* ------------------------------------------------------------------------------------------
+ * Host hooks: functions that the host process must define. The library leaves them undefined
+ * and binds each at its first call.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Fills the nine bytes of MyConfig (see there). Returns non-zero when a configuration was read,
+ * 0 to have the library fall back to its defaults (bytes 0, 1, 2, 3, 4 and 8 are then cleared). */
+unsigned char Read_Config(unsigned char* config);
+
+/* Returns the debug switch: 1 on, 0 off. */
+int GetEnableDebug(void);
+
+/* ------------------------------------------------------------------------------------------
+ * Types
+ * ---------------------------------------------------------------------------------------- */
+
+enum {
+  ZELKORA_MAX_DEVICES = 4,  /* entries of TouchDevice */
+  ZELKORA_MAX_NAMES = 36,   /* entries of a product-name list */
+  ZELKORA_NAME_LENGTH = 64, /* bytes of one product name, the NUL included */
+  ZELKORA_MAX_SCREENS = 4,  /* entries of screen_info */
+  ZELKORA_MAX_SERIAL = 4,   /* entries of cMySerInfo and TempSer */
+  ZELKORA_CONFIG_BYTES = 9  /* bytes of MyConfig */
+};
+
+/* Kind of controller: TouchDeviceEntry::Type and the variable device_type. */
+enum {
+  ZELKORA_TYPE_NONE = 0,
+  ZELKORA_TYPE_RESISTIVE_USB = 1,
+  ZELKORA_TYPE_RESISTIVE_SERIAL = 2,
+  ZELKORA_TYPE_PCT = 3 /* projected-capacitive, USB */
+};
+
+/* Bytes of MyConfig; a byte other than 0 switches its effect on. */
+enum {
+  ZELKORA_CONFIG_RESISTIVE = 0,          /* resistive controllers are supported */
+  ZELKORA_CONFIG_NEW_PRODUCT_IDS = 1,    /* resistive: the new generation of product ids */
+  ZELKORA_CONFIG_ALTERNATIVE_PCT = 2,    /* the alternative list of PCT vendor ids */
+  ZELKORA_CONFIG_IGNORE_LEGACY_PCT = 3,  /* PCT controllers with IsLegacy 1 are passed over */
+  ZELKORA_CONFIG_NOTIFY_ARGUMENT = 4,    /* handed on with every driver notification */
+  ZELKORA_CONFIG_HIDRAW = 5,             /* hidraw nodes are enumerated besides hiddev nodes */
+  ZELKORA_CONFIG_HIDE_CURSOR = 6,        /* answer of the hide-cursor query */
+  ZELKORA_CONFIG_UNUSED = 7,             /* not read by the library */
+  ZELKORA_CONFIG_NO_RES_HIDE_CURSOR = 8  /* answer of the resistive hide-cursor query */
+};
+
+/* 16-bit values in the EEPROM of a resistive controller, by address: ReadEEPValue() and
+ * WriteEEPValue(). */
+enum {
+  ZELKORA_EEP_REPORT_MODE = 51,
+  ZELKORA_EEP_COUNT_UNIT = 54,
+  ZELKORA_EEP_SCREEN_NUMBER = 55,
+  ZELKORA_EEP_FIRST_MOVE = 66,
+  ZELKORA_EEP_ROTATION = 67,
+  ZELKORA_EEP_AUTO_HID = 68,
+  ZELKORA_EEP_HID_MODE = 69,
+  ZELKORA_EEP_EDGE_RIGHT = 70,
+  ZELKORA_EEP_EDGE_LEFT = 71,
+  ZELKORA_EEP_EDGE_DOWN = 72,
+  ZELKORA_EEP_EDGE_UP = 73,
+  ZELKORA_EEP_BACKLIGHT_DUTY = 75,
+  ZELKORA_EEP_DISABLE_RIGHT = 84,
+  ZELKORA_EEP_RIGHT_TIME = 85,
+  ZELKORA_EEP_BEEP_ON = 86,
+  ZELKORA_EEP_PLAY_METHOD = 87,
+  ZELKORA_EEP_FREQUENCY = 88,
+  ZELKORA_EEP_DURATION = 89
+};
+
+/* One discovered controller (568 bytes). */
+typedef struct TouchDeviceEntry {
+  char Name[36];               /* device node path */
+  unsigned char Type;          /* ZELKORA_TYPE_...; 0: empty entry */
+  char Phys[256];              /* topology path as the kernel reports it */
+  char EventName[36];          /* input event node; filled by FindMyEVDevice() only */
+  char ID[36];                 /* "VVVV_PPPP", vendor and product id in upper-case hex */
+  char FWVersion[64];          /* firmware version text; empty when the controller kept silent */
+  unsigned char POSMode;       /* PCT: POS mode as read at enumeration */
+  unsigned char Reserved[100]; /* not used by the library */
+  unsigned char HidRaw;        /* 1: the node is a hidraw node */
+  int IsLegacy;                /* PCT: firmware family */
+  unsigned int VID;            /* USB vendor id, 0..0xFFFF */
+  unsigned int PID;            /* USB product id, 0..0xFFFF */
+  unsigned int OldVID;         /* PCT: vendor id kept in the controller's flash */
+  unsigned int OldPID;         /* PCT: product id kept in the controller's flash */
+  unsigned char SN[8];         /* panel serial number */
+  int FWRevFlash;              /* PCT: firmware revision recorded in flash */
+  int FWRev;                   /* PCT: revision of the running firmware */
+} TouchDeviceEntry;
+
+/* The built-in USB id table (144 bytes), rebuilt by LoadVidPid(). Counts are signed bytes. */
+typedef struct HidInfoTable {
+  signed char ResVendorCount;
+  signed char ResProductCount;
+  unsigned int ResVendorIds[4];
+  unsigned int ResProductIds[26]; /* 0..15 old generation, 16..25 new generation */
+  signed char PctVendorCount;
+  unsigned int PctVendorIds[4];
+} HidInfoTable;
+
+/* The parameter record of a resistive panel. The host allocates it. Every bare integer is in
+ * host byte order; bytes named NotUsed are never touched. */
+typedef struct ResDevInfo {
+  unsigned char NotUsed0[2];
+  unsigned char BeepOn;        /* 1 the panel beeps on touch, 0 it does not */
+  unsigned char PlayMethod;    /* when the beep plays, 0..2 */
+  unsigned int Frequency;      /* of the beep, 500..3000 Hz */
+  unsigned char Duration;      /* of the beep, 5..50 */
+  unsigned char ScreenNumber;  /* the screen the panel maps to, counted from 0 */
+  unsigned char NotUsed10;
+  unsigned char DisableRight;  /* 1 right-click emulation off, 0 on */
+  unsigned char RightTime;     /* hold time of a right click */
+  unsigned char NotUsed13[13];
+  unsigned char DisableReport; /* for the host; only stored */
+  unsigned char NotUsed27;
+  unsigned char HideCursor;    /* for the host; only stored */
+  unsigned char FirstMove;
+  unsigned char ReportMode;
+  unsigned char HidMode;       /* the defaults give 3 for a digitizer, else 2 */
+  int EdgeRight;               /* edge adjustments */
+  int EdgeLeft;
+  int EdgeDown;
+  int EdgeUp;
+  unsigned char SpareByte;     /* carried along, never set by the library */
+  unsigned char NotUsed49[3];
+  unsigned int Chksum;         /* 16-bit checksum of the stored form */
+} ResDevInfo;
+
+/* One port of the serial panel list (56 bytes). */
+typedef struct SerialPanelSlot {
+  char Name[36];      /* port name, such as ttyS0 */
+  char FWVersion[20]; /* firmware version text */
+} SerialPanelSlot;
+
+/* A report mode kept while a serial panel's reports are switched off (40 bytes). */
+typedef struct SerialReportSlot {
+  char Name[36];
+  int ReportMode;
+} SerialReportSlot;
+
+/* One lit screen (36 bytes). */
+typedef struct ScreenInfoEntry {
+  unsigned int Width;  /* pixels */
+  unsigned int Height; /* pixels */
+  int X;               /* left edge in the root window, pixels */
+  int Y;               /* top edge, pixels */
+  char OutputName[20]; /* name of the output */
+} ScreenInfoEntry;
+
+/* A configuration line, passed by value to SubStr(). */
+typedef struct ConfigLine {
+  char Text[512];
+} ConfigLine;
+
+/* ------------------------------------------------------------------------------------------
+ * Global state. All zero at load. Read it freely; the library writes it.
+ * ---------------------------------------------------------------------------------------- */
+
+extern TouchDeviceEntry TouchDevice[ZELKORA_MAX_DEVICES]; /* cleared before every enumeration */
+extern int DeviceNumber;    /* entries filled; where the next one goes */
+extern int PCTDeviceNumber; /* PCT entries accepted by the last enumeration */
+extern int ActiveDevice;    /* number of the entry opened last, counted from 1 */
+extern int fd;              /* the one open descriptor; keeps its number after a close */
+extern unsigned char HidRaw;      /* 1: the current device is driven through hidraw */
+extern unsigned char device_type; /* ZELKORA_TYPE_... of the device being worked on */
+extern int IsLegacy;              /* firmware family of the current PCT device */
+extern int isPureMouse;           /* 1: the flag file of pure mouse mode exists */
+extern int isHybrid;              /* 1: the flag file of hybrid mode exists */
+extern int DbgFlag;               /* the host's debug switch as last read */
+extern unsigned char MyConfig[ZELKORA_CONFIG_BYTES]; /* ZELKORA_CONFIG_... */
+
+extern char MatchProduct[ZELKORA_MAX_NAMES][ZELKORA_NAME_LENGTH];  /* PCT product names */
+extern char rMatchProduct[ZELKORA_MAX_NAMES][ZELKORA_NAME_LENGTH]; /* resistive product names */
+extern int ManufCnt;  /* names in MatchProduct */
+extern int rManufCnt; /* names in rMatchProduct */
+extern HidInfoTable cMyHidInfo;
+
+extern SerialPanelSlot cMySerInfo[ZELKORA_MAX_SERIAL];
+extern SerialReportSlot TempSer[ZELKORA_MAX_SERIAL];
+extern struct termios oldtio;     /* settings of a serial port as they were found */
+extern unsigned char ReadSerConf; /* 1: the serial panel list was rebuilt by this process */
+
+extern ScreenInfoEntry screen_info[ZELKORA_MAX_SCREENS];
+
+extern struct utsname KernelVersion;      /* filled before every hiddev send */
+extern struct hiddev_report_info report;  /* the report prepared for the open device */
+extern struct hiddev_field_info field;    /* its field 0; maxusage is the report's length */
+extern struct hiddev_usage_ref uref;      /* carries one usage value at a time */
+extern struct hiddev_report_info rinfo;   /* no use inside the library, as the next four */
+extern struct hiddev_field_info finfo;
+extern struct hiddev_devinfo devinfo;
+extern int running;
+extern int shmID;
+
+/* ------------------------------------------------------------------------------------------
+ * Library state and device table
+ * ---------------------------------------------------------------------------------------- */
+
+/* Reads the host's debug switch into DbgFlag and the host's configuration into MyConfig. The
+ * argument has no use. Returns 1 when the host read a configuration; 0 when it did not: bytes 0,
+ * 1, 2, 3, 4 and 8 of MyConfig are then 0, bytes 5, 6 and 7 keep what they held. */
+int GetTouchConf(int x);
+
+/* The same as GetTouchConf(), for a host to call first. */
+int InitialZelkora(int x);
+
+/* Closes fd and ends the calling process with status 0. Never returns. */
+void CloseZelkora(void);
+
+/* What CloseZelkora() does, in the shape of a signal handler; the library installs none. */
+void INTHandler(int signal_number);
+
+/* Copies of table entry `index` (0..3, not checked). Buffer sizes: name 36 bytes, id 36 bytes,
+ * firmware text 64 bytes; the whole field is copied. GetTouchDeviceType() returns the entry's
+ * ZELKORA_TYPE_... */
+int GetTouchDeviceType(int index);
+void GetTouchDeviceName(int index, char* out);
+void GetTouchDeviceID(int index, char* out);
+void GetTouchDeviceFw(int index, char* out);
+
+/* Looks up the input event node of entry `index` (0..3) and copies its path to `out`, 36 bytes;
+ * an empty text when none was found. */
+void GetEventDeviceName(int index, char* out);
+
+/* Enumerates all panels, then copies the node path of entry `number`, counted from 1 (1..4), to
+ * `out`, 36 bytes. Returns 1 for a HID node, 2 for a tty, 0 for neither; 0 with `out` untouched
+ * when no panel was found. */
+int GetDeviceNode(int number, char* out);
+
+/* Prints entry `index` (0..3) at debug level 3. */
+void ShowDeviceInfo(int index);
+
+/* ------------------------------------------------------------------------------------------
+ * Diagnostics and utilities
+ * ---------------------------------------------------------------------------------------- */
+
+/* Prints a message to standard output behind the prefix of its level: 0 "EE:", 1 "II:", 2 "CC:",
+ * 3 "zelkora DD:", others none. Level 3 is printed only while DbgFlag is not 0. The message
+ * brings its own line feed. Returns what printing it returned, 0 when it was suppressed. */
+int DebugMsg(int level, const char* format, ...)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 2, 3)))
+#endif
+    ;
+
+/* Dumps whole rows of eight bytes to standard output while DbgFlag is not 0; a last row of fewer
+ * bytes is not printed. */
+void PrintData(const char* label, const unsigned char* data, int length);
+
+/* Hexadecimal text to a number: at most `count` characters, up to the first that is no hex
+ * digit. The result is cut to 32 bits; 0 when there is no digit. Two names, one contract. */
+unsigned int HextoInt(const char* text, int count);
+unsigned int HexStrToInt(const char* text, int count);
+
+/* Sum of 0x6666 and the bytes, modulo 0x10000. */
+unsigned int CheckSum(const unsigned char* data, int length);
+
+/* The number (as of atoi) that begins the first piece of the line, split at double quotes and
+ * blanks, which holds one of the digits 1 to 4; 0 when there is no such piece. */
+int SubStr(ConfigLine line);
+
+/* Removes a file. Returns 1 when it was there, 0 when it was not. */
+int DelFile(const char* path);
+
+/* ------------------------------------------------------------------------------------------
+ * Configuration files: key=value lines, section headers in square brackets, "#" comments. Keys
+ * are found by substring, the first line that holds one wins; lines are looked at in pieces of at
+ * most 255 characters. A missing file, or a line without "=", yields the default (or 0).
+ * ---------------------------------------------------------------------------------------- */
+
+/* The value of `key` inside [section] of the file, or the default. Comment lines are passed over. */
+int ReadIniKeyValue(const char* path, const char* section, const char* key, int default_value);
+
+/* 1 when a line of the file holds the section header, else 0. A successful call leaves the file
+ * open: do not call it in a loop. */
+int IniSectionExist(const char* path, const char* section);
+
+/* The value of the first line that holds `key`, or the default. Comment lines are passed over. */
+int get_conf_option(const char* path, const char* key, int default_value);
+
+/* Rewrites the first line that holds `key`, comment lines included, as "key=value". All other
+ * lines stay as they are, and the file is never left half written. Returns 1 when the key was
+ * there, 0 when it was not or the file could not be rewritten. A missing key is not added. */
+int set_conf_option(const char* path, const char* key, int value);
+int set_conf_option_str(const char* path, const char* key, const char* text);
+
+/* Appends "key=value". Returns 1, or 0 when the file cannot be written. */
+int add_conf_option(const char* path, const char* key, int value);
+
+/* Copies the text of the first line that holds `key` to `out`: 36 bytes, cleared first, the text
+ * cut to 35. The last character of the line is taken for its line feed and left out. Returns 1
+ * when the key was found, else 0. */
+int get_conf_option_str(const char* path, const char* key, char* out);
+
+/* Copies what stands behind the first "=" of a line, without the line's last character and
+ * without a terminator, to `out`: as large as the line, and cleared by the caller. */
+void GetConfStr(const char* line, char* out);
+
+/* The fourth piece of a line split at its double quotes (the value of: Option "name" "value"):
+ * its number, 0 when there is no such piece; */
+int GetOptionValue(const char* line);
+/* or the 16 bytes that start with it (`out`: 16 bytes, untouched when there is no such piece).
+ * The piece ends in a NUL when it is shorter than 16. Always returns 0. */
+int GetOptionValueStr(const char* line, char* out);
+
+/* The one digit that follows the marker type="string"> in a text, 0 when there is none. */
+int GetFdiOptionValue(const char* text);
+
+/* Reads the touch sections of the X configuration's server layout. Always returns 1. */
+int GetDevceNumbersConf(void);
+
+/* Copies the UniqueID of input section "HID TOUCH" `touch_number` to `out`, 16 bytes as of
+ * GetOptionValueStr(). The section is found by substring, so 1 also finds 10. Returns 1 when it
+ * was found, else 0. */
+int GetDevceUniqueIDConf(int touch_number, char* out);
+
+/* ------------------------------------------------------------------------------------------
+ * Vendor and product ids, product-name lists, flag files
+ * ---------------------------------------------------------------------------------------- */
+
+/* Reads the mode flag files into isPureMouse and isHybrid and rebuilds cMyHidInfo. */
+void LoadVidPid(void);
+
+/* 1 when the id is in the table, else 0: resistive vendors; resistive products of the old, the
+ * new and of either generation; PCT vendors. */
+int ChkVid(unsigned int vid);
+int ChkOldPid(unsigned int pid);
+int ChkNewPid(unsigned int pid);
+int ChkAllPid(unsigned int pid);
+int ChkPCTVid(unsigned int vid);
+
+/* Load the PCT list into MatchProduct, the resistive list into rMatchProduct: at most 36 names of
+ * at most 63 characters, one a line; longer lines go on in the next entry. An empty entry matches
+ * every device. Return the number of names, 0 when the file is missing. ManufCnt and rManufCnt
+ * are set by the enumeration, not here. */
+int get_Manufacturer_list(void);
+int get_Res_Manufacturer_list(void);
+
+/* Rewrites the PCT list with the first `count` (at most 36) names of MatchProduct. */
+void set_Manufacturer_list(int count);
+
+/* 1 when the flag file is there, else 0: pure mouse mode, hybrid mode, serial panels switched off,
+ * udev rules below /etc instead of /lib. */
+int ChkMouseMode(void);
+int ChkHybridMode(void);
+int ChkDisableRS232(void);
+int ChkUdevPath(void);
+
+/* The POS mode setting of the utilities' configuration file, 0 when there is none. */
+int GetPostModeConf(void);
+
+/* ------------------------------------------------------------------------------------------
+ * Enumeration. Fills TouchDevice with at most four panels; leaves no device open.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Finds the panels of every kind. The argument has no use. Returns DeviceNumber. */
+int GetTouchPanels(int x);
+
+/* Finds panels for PCT tools and deletes the list of known serial numbers. Resistive panels are
+ * found only by a name list that an earlier GetTouchPanels() loaded. Returns PCTDeviceNumber. */
+int GetPCTTouchPanels(int x);
+
+/* The walks over the hiddev and the hidraw nodes, and the examination of one node. The walks
+ * return 1. */
+int FindMyHidDevice(void);
+int FindMyHidRawDevice(void);
+void MatchMyHidDevice(const char* path);
+
+/* Finds the input event node of entry `index` (0..3) into its EventName. Returns 1. */
+int FindMyEVDevice(int index);
+
+/* Asks whether a resistive controller answers on the serial port open on fd. Returns 1 or 0. A
+ * silent port costs ten attempts of 50 ms, one that streams coordinates up to fifty. */
+int ChkDevExist(void);
+
+/* ------------------------------------------------------------------------------------------
+ * HID report exchange on fd. For hosts that speak a command of their own; 0 is failure.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Prepares hiddev feature report 1 of a resistive controller. 0 only when fd is negative. */
+unsigned int init_Hiddev(void);
+
+/* Sends a resistive command of at most 63 bytes, and waits 50 ms. Returns 1 or 0. */
+unsigned int SendData(const unsigned char* data, unsigned int length);
+
+/* Reads a resistive reply, at most `length` bytes of it (63 at most), into `out`. A reply as long
+ * as `length` ends in a 0 instead of its last byte. Returns the number of bytes copied. */
+unsigned int ReceiveData(unsigned char* out, unsigned int length);
+
+/* Prepares a hiddev feature report of a PCT controller. Returns 1 or 0. */
+unsigned int init_Pct_Hiddev(unsigned int report_id);
+
+/* Sends the prepared report, one byte of `data` for each usage (64 at most), and waits 50 ms.
+ * Returns 1 or 0. */
+unsigned int SendDataPct(const unsigned char* data);
+
+/* Reads the prepared report into `out`, 64 bytes. Returns the number of bytes read. */
+unsigned int ReceiveDataPct(unsigned char* out);
+
+/* Sends a feature report through hidraw: `length` bytes (512 at most), byte 0 the report id.
+ * Returns 1 or 0. */
+unsigned int HidRaw_Set_Feature(const void* data, unsigned int length);
+
+/* Gets a feature report through hidraw: asks for `length` bytes (1..512) with the report id, and
+ * copies length - 1 bytes without it to `out`. Returns the kernel's count, which includes the
+ * report id, or 0. */
+unsigned int HidRaw_Get_Feature(unsigned int report_id, void* out, unsigned int length);
+
+/* The same for either interface, chosen by the variable HidRaw. A report sent through hidraw is
+ * always 64 bytes long. Results are cut to 8 bits: a count of 256 reads as failure. */
+unsigned char SendDataNew(const unsigned char* data, unsigned int length);
+unsigned char ReceiveDataNew(unsigned int report_id, unsigned char* out, unsigned int length);
+
+/* ------------------------------------------------------------------------------------------
+ * Open and close
+ * ---------------------------------------------------------------------------------------- */
+
+/* Opens table entry `index` (0..3) into fd and makes it the current device. Returns its type
+ * code, 0 when it could not be opened. */
+int OpenTouchDevice(int index);
+
+/* Opens a resistive USB node and prepares its report. Returns 1 or 0. */
+int OpenResUsbDevice(int index, const char* path);
+
+/* Opens the PCT panel of entry `index` (0..3). Returns 1 or 0. */
+int OpenPCTUsbDevice(int index);
+
+/* The same after re-reading the mode flag files; prints "unable to open device" on failure. */
+int OpenPCTDevice(int index);
+
+/* Closes a PCT panel. Returns what close() returned - 0 is success - or 0 when fd is 0. */
+int CloseDevice(void);
+
+/* Closes fd; the index has no use. */
+void CloseTouchDevice(int index);
+
+/* ------------------------------------------------------------------------------------------
+ * Resistive commands, on the open device. Each is tried at most four times.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Reads the firmware version text into `fw`, 20 bytes, cleared first. Returns 1 or 0. */
+int GetFirmware(char* fw);
+
+/* Switches the controller into calibration mode. Returns 1 or 0. */
+int EnterCalibMode(void);
+
+/* Has the controller keep the values written with WriteEEPValue(). Returns 1 or 0. */
+int PermanentParameter(void);
+
+/* Resets the controller. Returns 1 or 0. */
+int ResetController(void);
+
+/* A 16-bit EEPROM value by its address (ZELKORA_EEP_..., 0..0xFF): 0..0xFFFF, or -1 when no
+ * acceptable reply came or the address is out of range. */
+int ReadEEPValue(short address);
+
+/* Writes a 16-bit EEPROM value; higher bits are cut off. Returns 1 or 0; an address out of range
+ * is refused with 0. */
+int WriteEEPValue(short address, unsigned int value);
+
+/* Read and write a 32-byte page (0..3) of the EEPROM. Return 1 or 0; `out` is untouched on
+ * failure. */
+int AXI_ReadEEPValue(int page, unsigned char* out);
+int AXI_WriteEEPValue(int page, const unsigned char* data);
+
+/* The count unit, or -1. */
+int GetCountUnit(void);
+
+/* Opens entry `devnum` (nothing happens when negative), sends PermanentParameter(), closes. */
+void LockParameter(int devnum);
+
+/* Sets the backlight duty, one byte. Returns 1 or 0. Over USB the result is always 0: the reply
+ * is read one byte short. Read the duty back with GetBackLightDuty(). */
+int SetBackLightDuty(int duty);
+
+/* Switches the automatic HID setting. Returns 1 or 0; over USB always 0, for the same reason. */
+int ChkAutoSetHid(void);
+
+/* ------------------------------------------------------------------------------------------
+ * Resistive settings, on the open device
+ * ---------------------------------------------------------------------------------------- */
+
+/* Getters: the value, or -1. Some repair: a stored value out of its range is replaced in the
+ * controller, and the replacement returned:
+ *   right click off 0..1, else 1    beep on 0..1, else 1     screen 0..4, else 0
+ *   frequency 500..3000, 0 becomes 2000, others the nearer end
+ *   duration 5..50, 0 becomes 10, others the nearer end
+ *   play method 0..2, else 1 - which is written to the frequency's address, and the stored play
+ *   method stays as it is
+ * Read with ReadEEPValue() to look without touching. */
+int GetAutoRightClick(void); /* 1: right-click emulation is off */
+int GetRightCount(void);     /* right-click hold time */
+int GetRotation(void);
+int GetHidMode(void);
+int GetReportMode(void);
+int GetFirstMove(void);
+int GetEdgeRight(void);
+int GetEdgeLeft(void);
+int GetEdgeDown(void);
+int GetEdgeUp(void);
+int GetBeepOn(void);
+int GetPlayMethod(void);
+int GetFrequency(void); /* Hz */
+int GetDuration(void);
+int GetScreenNo(void);  /* counted from 0 */
+int GetBackLightDuty(void);
+
+/* Setters: write the value as it is, without a range check, and return the value read back, or
+ * -1. SetRightCount() refuses 0; SetHidMode() first switches the automatic HID setting off. */
+int SetAutoRightClick(unsigned int value);
+int SetRightCount(unsigned int value);
+int SetRotation(unsigned int value);
+int SetHidMode(unsigned int value);
+int SetReportMode(unsigned int value);
+int SetFirstMove(unsigned int value);
+int SetEdgeRight(unsigned int value);
+int SetEdgeLeft(unsigned int value);
+int SetEdgeDown(unsigned int value);
+int SetEdgeUp(unsigned int value);
+int SetBeepOn(unsigned int value);
+int SetPlayMethod(unsigned int value);
+int SetFrequency(unsigned int value);
+int SetDuration(unsigned int value);
+int SetScreenNo(unsigned int value);
+
+/* Open entry `devnum`, set one value, close. Return 1 when what came back equals `value`, else 0.
+ * A device that cannot be opened brings back 0, so asking such a device for 0 returns 1: open it
+ * yourself to tell the two apart. A negative devnum returns 0. */
+int SetCurrenAutoRightClick(int devnum, unsigned int value);
+int SetCurrenReportMode(int devnum, unsigned int value);
+int SetCurrenHidMode(int devnum, unsigned int value);
+int SetCurrenRightCount(int devnum, unsigned int value);
+int SetCurrenScreenNo(int devnum, unsigned int value);
+int SetCurrenRotation(int devnum, unsigned int value);
+int SetCurrenFirstMove(int devnum, unsigned int value);
+int SetCurrenBeepOn(int devnum, unsigned int value);
+int SetCurrenPlayMethod(int devnum, unsigned int value);
+int SetCurrenFrequency(int devnum, unsigned int value);
+int SetCurrenDuration(int devnum, unsigned int value);
+
+/* Opens entry `devnum`, sends SetBackLightDuty() with the low byte of `duty`, closes. Returns its
+ * result, 0 when negative or not opened. */
+int SetCurrenBackLightDuty(int devnum, int duty);
+
+/* Mirrors one value of the active device into the serial panel list, under `key_stem` and the
+ * panel's number. Nothing happens when the list is missing or does not name the device. */
+void SetSerConf(const char* key_stem, unsigned int value);
+
+/* Fills a record with the defaults of the defaults file; fields without a default keep theirs. */
+void GetResParamDefault(ResDevInfo* rec);
+
+/* Checks the firmware of the resistive USB panel open on fd, for entry `devnum` (0..3). Returns 1
+ * and stores the text in the entry when the panel is supported or silent; 0, with fd closed, when
+ * it is not supported. */
+int ChkResFW(int devnum);
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZELKORA_H */

@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// The USB side of a virtual controller: who it says it is and the HID feature reports it answers.
+// The virtual kernel and the USB/IP carrier both stand on this one face.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zelkora::sim {
+
+struct UsbIdentity {
+  uint16_t vendor = 0;
+  uint16_t product = 0;
+  std::string manufacturer;
+  std::string product_name;
+
+  // The name that hiddev, hidraw and evdev report for the device.
+  std::string kernel_name() const { return manufacturer + " " + product_name; }
+};
+
+// One feature report of one field of 8-bit usages.
+struct FeatureReport {
+  uint8_t id = 0;
+  unsigned usage_count = 0;  // bytes it carries, the report id not counted
+  int logical_minimum = 0;
+  int logical_maximum = 255;
+};
+
+class HidDevice {
+ public:
+  virtual ~HidDevice() = default;
+
+  virtual const UsbIdentity& identity() const = 0;
+  virtual std::span<const FeatureReport> feature_reports() const = 0;
+
+  // Takes a report's payload, without the report id. False: the device stalls the request.
+  virtual bool set_feature(uint8_t id, std::span<const uint8_t> payload) = 0;
+
+  // The payload of a report, without the report id; at most usage_count bytes.
+  // Nothing: the device stalls the request.
+  virtual std::optional<std::vector<uint8_t>> get_feature(uint8_t id) = 0;
+};
+
+}  // namespace zelkora::sim

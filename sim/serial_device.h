@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// The RS-232 side of a virtual controller: bytes in, bytes out.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace zelkora::sim {
+
+class SerialDevice {
+ public:
+  virtual ~SerialDevice() = default;
+
+  // Bytes that the host wrote to the port.
+  virtual void receive(std::span<const uint8_t> bytes) = 0;
+
+  // Bytes for the host, at most `limit` of them; empty when nothing waits.
+  virtual std::vector<uint8_t> transmit(size_t limit) = 0;
+};
+
+}  // namespace zelkora::sim

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// Bytes of frames and reports: reading and writing them without surprises of sign or order.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace zelkora {
+
+// Writes the low bits of `value` as upper-case hex text, the way controllers read numbers.
+inline void put_hex(std::span<uint8_t> out, unsigned value) {
+  for (size_t i = out.size(); i-- > 0; value >>= 4) {
+    out[i] = static_cast<uint8_t>("0123456789ABCDEF"[value & 0xF]);
+  }
+}
+
+// A byte as a signed number, for the places that print or compare it so.
+inline int as_signed(uint8_t byte) { return static_cast<int8_t>(byte); }
+
+}  // namespace zelkora

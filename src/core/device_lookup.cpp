@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include <cstring>
+
+#include "text.h"
+#include "zelkora.h"
+
+void GetEventDeviceName(int index, char* out) {
+  GetTouchConf(0);
+  FindMyEVDevice(index);
+  std::memcpy(out, TouchDevice[index].EventName, sizeof TouchDevice[index].EventName);
+}
+
+int GetDeviceNode(int number, char* out) {
+  if (GetTouchPanels(0) == 0) return 0;
+  const char* name = TouchDevice[number - 1].Name;
+  std::strcpy(out, name);
+  if (zelkora::contains(name, "hid")) return 1;
+  if (zelkora::contains(name, "tty")) return 2;
+  return 0;
+}

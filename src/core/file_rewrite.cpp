@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "file_rewrite.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+
+namespace zelkora {
+namespace {
+
+bool write_all(int descriptor, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(descriptor, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    content.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+// Overwrites first and cuts last: a full disk does not cost the old content its tail too early.
+bool write_in_place(int descriptor, std::string_view content) {
+  return write_all(descriptor, content) &&
+         ftruncate(descriptor, static_cast<off_t>(content.size())) == 0 && fsync(descriptor) == 0;
+}
+
+// The directory part of a path, "." when it has none.
+void directory_of(const char* path, char (&directory)[PATH_MAX]) {
+  const char* slash = std::strrchr(path, '/');
+  const size_t length = slash == nullptr ? 0 : static_cast<size_t>(slash - path);
+  std::memcpy(directory, path, length);
+  std::memcpy(directory + length, "/.", 3);
+  if (slash == nullptr) std::memcpy(directory, ".", 2);
+}
+
+void sync_directory(const char* path) {
+  char directory[PATH_MAX];
+  directory_of(path, directory);
+  const ScopedFd descriptor(::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor) fsync(descriptor.get());
+}
+
+enum class Outcome { kDone, kFailed, kForbidden };
+
+// Forbidden: no file like the old one can be made in its directory.
+Outcome write_beside(const char* path, const struct stat& old, std::string_view content) {
+  char temporary[PATH_MAX];
+  const int length = std::snprintf(temporary, sizeof temporary, "%s.XXXXXX", path);
+  if (length < 0 || static_cast<size_t>(length) >= sizeof temporary) return Outcome::kForbidden;
+  const ScopedFd descriptor(mkostemp(temporary, O_CLOEXEC));
+  if (!descriptor) return Outcome::kForbidden;
+
+  if (fchown(descriptor.get(), old.st_uid, old.st_gid) != 0 ||
+      fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
+    unlink(temporary);
+    return Outcome::kForbidden;
+  }
+  if (!write_all(descriptor.get(), content) || fsync(descriptor.get()) != 0 ||
+      rename(temporary, path) != 0) {
+    unlink(temporary);
+    return Outcome::kFailed;
+  }
+  sync_directory(path);
+  return Outcome::kDone;
+}
+
+}  // namespace
+
+bool replace_file(const char* path, std::string_view content) {
+  // Opened for writing first: a file that its user may not write stays as it is, even where its
+  // directory would let it be replaced.
+  const ScopedFd target(::open(path, O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+  struct stat status;
+  if (!target || lstat(path, &status) != 0) return false;
+  if (S_ISREG(status.st_mode)) {
+    const Outcome outcome = write_beside(path, status, content);
+    if (outcome != Outcome::kForbidden) return outcome == Outcome::kDone;
+  }
+  return write_in_place(target.get(), content);
+}
+
+}  // namespace zelkora

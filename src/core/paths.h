@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// The one owner of file names.
+#pragma once
+
+namespace zelkora::paths {
+
+inline constexpr char kPctNames[] = "/opt/.touch_panel/manuflist.conf";
+inline constexpr char kResistiveNames[] = "/opt/.touch_panel/rmanuflist.conf";
+inline constexpr char kUtilities[] = "/opt/.touch_panel/Util.conf";
+inline constexpr char kDefaults[] = "/opt/.touch_panel/TouchUtil.ini";
+inline constexpr char kSerialPanels[] = "/opt/.touch_panel/sertp.conf";
+inline constexpr char kXorgConf[] = "/opt/.touch_panel/X11/xorg.conf";
+inline constexpr char kPctSerialNumbers[] = "/opt/.touch_panel/.pctuniq";
+
+// Flag files: their mere existence switches a behaviour.
+inline constexpr char kMouseModeFlag[] = "/opt/.touch_panel/mousedef";
+inline constexpr char kHybridModeFlag[] = "/opt/.touch_panel/.hybrid";
+inline constexpr char kNoSerialFlag[] = "/opt/.touch_panel/.disable_rs232";
+inline constexpr char kUdevInEtcFlag[] = "/opt/.touch_panel/udevdef";
+
+inline constexpr char kDev[] = "/dev";
+inline constexpr char kDevUsb[] = "/dev/usb";
+inline constexpr char kDevInput[] = "/dev/input";
+
+}  // namespace zelkora::paths

@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// Owners of what one function opens. The exported descriptor `fd` is not one of them: it outlives
+// every call and keeps its number on purpose.
+#pragma once
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace zelkora {
+
+template <typename T, auto kRelease>
+class ScopedPointer {
+ public:
+  explicit ScopedPointer(T* owned = nullptr) : owned_(owned) {}
+  ScopedPointer(ScopedPointer&& other) noexcept : owned_(other.release()) {}
+  ScopedPointer& operator=(ScopedPointer&&) = delete;
+  ~ScopedPointer() {
+    if (owned_ != nullptr) kRelease(owned_);
+  }
+
+  T* get() const { return owned_; }
+  explicit operator bool() const { return owned_ != nullptr; }
+  T* release() { return std::exchange(owned_, nullptr); }
+
+ private:
+  T* owned_;
+};
+
+using ScopedFile = ScopedPointer<FILE, [](FILE* file) { std::fclose(file); }>;
+using ScopedDir = ScopedPointer<DIR, [](DIR* dir) { ::closedir(dir); }>;
+
+class ScopedFd {
+ public:
+  explicit ScopedFd(int descriptor) : descriptor_(descriptor) {}
+  ScopedFd(const ScopedFd&) = delete;
+  ScopedFd& operator=(const ScopedFd&) = delete;
+  ~ScopedFd() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+
+  int get() const { return descriptor_; }
+  explicit operator bool() const { return descriptor_ >= 0; }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace zelkora

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// Texts in fixed-size fields.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+namespace zelkora {
+
+inline bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+// Copies a text into a field, cut to fit; the rest of the field is cleared.
+inline void set_text(char* field, size_t size, std::string_view text) {
+  const size_t length = text.size() < size ? text.size() : size - 1;
+  std::memset(field, 0, size);
+  std::memcpy(field, text.data(), length);
+}
+
+template <size_t kSize>
+void set_text(char (&field)[kSize], std::string_view text) {
+  set_text(field, kSize, text);
+}
+
+// The text of a field that may lack its terminator.
+inline std::string_view field_text(const char* field, size_t size) {
+  return {field, strnlen(field, size)};
+}
+
+template <size_t kSize>
+std::string_view field_text(const char (&field)[kSize]) {
+  return field_text(field, kSize);
+}
+
+}  // namespace zelkora
