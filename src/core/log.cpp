@@ -38,7 +38,8 @@ void PrintData(const char* label, const unsigned char* data, int length) {
   if (DbgFlag == 0) return;
   std::printf("%s---start\n", label);
   // Whole rows only: a last row of fewer than eight bytes has never been part of the dump.
-  for (const unsigned char* row = data; row + 8 <= data + length; row += 8) {
+  for (int i = 0; i < length / 8; ++i) {
+    const unsigned char* row = data + 8 * i;
     std::printf("0x%02x 0x%02x 0x%02x 0x%02x 0x%02x 0x%02x 0x%02x 0x%02x\n", row[0], row[1], row[2],
                 row[3], row[4], row[5], row[6], row[7]);
   }

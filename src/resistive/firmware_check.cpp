@@ -13,9 +13,8 @@ namespace zelkora::resistive {
 bool is_unsupported_firmware(const char* text) { return contains(text, "V3.0"); }
 
 void log_unsupported_device() {
-  DebugMsg(kTrace,
-           "Driver dose not support this device,\nplease contact us via " ZELKORA_SUPPORT_ADDRESS
-           "\n");
+  DebugMsg(kTrace, "Driver dose not support this device,\nplease contact us via %s\n",
+           ZELKORA_SUPPORT_ADDRESS);
 }
 
 }  // namespace zelkora::resistive

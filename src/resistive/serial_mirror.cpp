@@ -15,6 +15,7 @@ namespace {
 
 // The number under which the list names the active device, 0 when it does not.
 int active_panel_number() {
+  if (ActiveDevice < 1 || ActiveDevice > ZELKORA_MAX_DEVICES) return 0;
   const std::string_view name = zelkora::field_text(TouchDevice[ActiveDevice - 1].Name);
   for (int number = 1; number <= ZELKORA_MAX_SERIAL; ++number) {
     char key[sizeof "SerialDevice1"];

@@ -1,0 +1,102 @@
+# SPDX-FileCopyrightText: 2026 The Zelkora authors
+# SPDX-License-Identifier: MIT
+"""The installed tree: hosts in C and C++ build against it and share the library's variables."""
+
+import os
+import pathlib
+import tempfile
+import unittest
+
+from support import BUILD, HEADER, run
+
+HOST = r"""
+#include <stdio.h>
+#include <zelkora.h>
+unsigned char Read_Config(unsigned char* config) {
+  config[ZELKORA_CONFIG_NO_RES_HIDE_CURSOR] = 7;
+  return 1;
+}
+int GetEnableDebug(void) { return 3; }
+int main(void) {
+  fd = -1; /* seen by the library */
+  const unsigned prepared = init_Hiddev();
+  const int read = InitialZelkora(0);
+  printf("%d %d %d %u\n", read, DbgFlag, MyConfig[8], prepared); /* written by the library */
+  return 0;
+}
+"""
+
+FIND_PACKAGE = """
+cmake_minimum_required(VERSION 3.25)
+project(host LANGUAGES C)
+find_package(zelkora 1 REQUIRED)
+add_executable(host host.c)
+target_link_libraries(host PRIVATE Zelkora::zelkora)
+"""
+
+
+class Install(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.work = pathlib.Path(cls.folder.name)
+        cls.prefix = cls.work / "usr"
+        run("cmake", "--install", BUILD, "--prefix", cls.prefix)
+        (cls.work / "host.c").write_text(HOST)
+        (cls.work / "host.cpp").write_text(HOST.replace("unsigned char Read", 'extern "C" unsigned char Read', 1)
+                                           .replace("int GetEnable", 'extern "C" int GetEnable', 1))
+        cls.libdir = next(cls.prefix.rglob("libzelkora.so.1")).parent
+        cls.environment = {**os.environ, "LD_LIBRARY_PATH": str(cls.libdir),
+                           "PKG_CONFIG_PATH": str(cls.libdir / "pkgconfig")}
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def check_host(self, compiler, source, *flags):
+        found = run("pkg-config", "--cflags", "--libs", "zelkora", env=self.environment).split()
+        # The .pc file names the configured prefix; this tree lies elsewhere.
+        found = [w for w in found if not w.startswith(("-I", "-L"))]
+        program = self.work / "host"
+        run(compiler, *flags, "-o", program, self.work / source, f"-I{self.prefix}/include",
+            f"-L{self.libdir}", *found)
+        self.assertEqual(run(program, env=self.environment).split(), ["1", "3", "7", "0"])
+
+    def test_a_position_independent_c_host_shares_the_variables(self):
+        self.check_host("cc", "host.c", "-std=c11", "-fPIE", "-pie")
+
+    def test_a_fixed_position_c_host_shares_the_variables(self):
+        self.check_host("cc", "host.c", "-std=c11", "-fno-pie", "-no-pie")
+
+    def test_a_cpp_host_shares_the_variables(self):
+        self.check_host("c++", "host.cpp", "-std=c++17")
+
+    def test_the_soname_links_lead_to_one_library(self):
+        for name in ("libzelkora.so", "libzelkora.so.1"):
+            self.assertTrue((self.libdir / name).is_symlink())
+        self.assertEqual((self.libdir / "libzelkora.so").resolve(),
+                         (self.libdir / "libzelkora.so.1").resolve())
+
+    def test_cmake_finds_the_package(self):
+        (self.work / "CMakeLists.txt").write_text(FIND_PACKAGE)
+        run("cmake", "-S", self.work, "-B", self.work / "found", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "--build", self.work / "found")
+        self.assertEqual(run(self.work / "found" / "host").split(), ["1", "3", "7", "0"])
+
+
+class HeaderAlone(unittest.TestCase):
+    def check(self, compiler, language, standard):
+        run(compiler, "-x", language, f"-std={standard}", "-Wall", "-Wextra", "-Wpedantic",
+            "-Werror", "-fsyntax-only", "-include", HEADER, "/dev/null")
+
+    def test_the_header_alone_is_valid_c11(self):
+        self.check("gcc", "c", "c11")
+        self.check("clang", "c", "c11")
+
+    def test_the_header_alone_is_valid_cpp17(self):
+        self.check("g++", "c++", "c++17")
+        self.check("clang++", "c++", "c++17")
+
+
+if __name__ == "__main__":
+    unittest.main()
