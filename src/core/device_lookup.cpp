@@ -13,8 +13,9 @@ void GetEventDeviceName(int index, char* out) {
 
 int GetDeviceNode(int number, char* out) {
   if (GetTouchPanels(0) == 0) return 0;
-  const char* name = TouchDevice[number - 1].Name;
-  std::strcpy(out, name);
+  const std::string_view name = zelkora::field_text(TouchDevice[number - 1].Name);
+  std::memcpy(out, name.data(), name.size());
+  out[name.size()] = '\0';
   if (zelkora::contains(name, "hid")) return 1;
   if (zelkora::contains(name, "tty")) return 2;
   return 0;
