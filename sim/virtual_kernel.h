@@ -42,7 +42,8 @@ class VirtualKernel {
   int attach(HidDevice& device, HidNodes nodes);
   int attach(SerialDevice& device, std::string path);
 
-  // The nodes vanish; descriptors still open answer ENODEV from now on.
+  // The nodes vanish; requests on descriptors still open give ENODEV from now on (on a serial
+  // port, which hangs up, EIO).
   void unplug(int attachment);
 
   bool owns(std::string_view path) const;

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// What stands behind a node of the virtual kernel. Results are those of the system calls, with
+// -errno for a failure.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+namespace zelkora::sim {
+
+using Trace = std::function<void(std::string)>;
+
+class DeviceNode {
+ public:
+  // What descriptors that outlive their device get.
+  struct AfterUnplug {
+    int ioctl;
+    int read;
+    int write;
+  };
+
+  virtual ~DeviceNode() = default;
+
+  virtual int ioctl(unsigned long request, void* argument) = 0;
+  virtual ssize_t read(std::span<uint8_t> room) = 0;
+  virtual ssize_t write(std::span<const uint8_t> bytes) = 0;
+  virtual AfterUnplug after_unplug() const = 0;
+  // The request in words, for the trace.
+  virtual std::string describe(unsigned long request, const void* argument) const = 0;
+};
+
+}  // namespace zelkora::sim

@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "event_node.h"
+
+#include <linux/input.h>
+#include <sys/ioctl.h>
+
+#include <cerrno>
+
+#include "request_name.h"
+
+namespace zelkora::sim {
+
+int EventNode::ioctl(unsigned long request, void* argument) {
+  if (_IOC_SIZE(request) > 0 && argument == nullptr) return -EFAULT;
+  const UsbIdentity& identity = hid_->identity();
+  const std::span<char> room(static_cast<char*>(argument), _IOC_SIZE(request));
+  switch (request) {
+    case EVIOCGVERSION:
+      *static_cast<int*>(argument) = EV_VERSION;
+      return 0;
+    case EVIOCGID:
+      *static_cast<input_id*>(argument) = {BUS_USB, identity.vendor, identity.product, 0x0100};
+      return 0;
+    default:
+      break;
+  }
+  switch (without_size(request)) {
+    case EVIOCGNAME(0):
+      return copy_name(identity.kernel_name(), room);
+    case EVIOCGPHYS(0):
+      return hid_->phys().empty() ? -ENOENT : copy_name(hid_->phys(), room);
+    default:
+      return -EINVAL;
+  }
+}
+
+ssize_t EventNode::read(std::span<uint8_t> room) {
+  return room.size() < sizeof(input_event) ? -EINVAL : -EAGAIN;
+}
+
+ssize_t EventNode::write(std::span<const uint8_t> bytes) {
+  // Events for the device, such as its lamps: taken, and without effect.
+  return bytes.size() < sizeof(input_event) ? -EINVAL : static_cast<ssize_t>(bytes.size());
+}
+
+DeviceNode::AfterUnplug EventNode::after_unplug() const {
+  return {.ioctl = -ENODEV, .read = -ENODEV, .write = -ENODEV};
+}
+
+std::string EventNode::describe(unsigned long request, const void*) const {
+  return event_request(request);
+}
+
+}  // namespace zelkora::sim

@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "hid_interface.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "request_name.h"
+
+namespace zelkora::sim {
+namespace {
+
+// A value as the field's eight bits can carry it. A signed field saturates; an unsigned one keeps
+// the low byte, so it does not matter whether a byte from 0x80 came as positive or negative.
+uint8_t to_byte(int32_t value, bool is_signed) {
+  return static_cast<uint8_t>(is_signed ? std::clamp(value, -128, 127) : value);
+}
+
+int32_t from_byte(uint8_t byte, bool is_signed) {
+  return is_signed ? static_cast<int8_t>(byte) : byte;
+}
+
+// Zeros at the end are left out: reports are much longer than what they carry.
+std::string report_line(std::string line, uint8_t id, std::span<const uint8_t> payload) {
+  while (!payload.empty() && payload.back() == 0) payload = payload.first(payload.size() - 1);
+  line += ' ';
+  line += std::to_string(id);
+  line += ':';
+  if (payload.empty()) return line;
+  return line + ' ' + hex_bytes(payload);
+}
+
+}  // namespace
+
+unsigned HidInterface::interface_number() const {
+  constexpr char kInput[] = "/input";
+  const size_t at = phys_.rfind(kInput);
+  if (at == std::string::npos) return 0;
+  return static_cast<unsigned>(std::strtoul(phys_.c_str() + at + std::strlen(kInput), nullptr, 10));
+}
+
+const FeatureReport* HidInterface::find_report(unsigned id) const {
+  const std::span<const FeatureReport> all = reports();
+  const auto found = std::ranges::find(all, id, &FeatureReport::id);
+  return found == all.end() ? nullptr : &*found;
+}
+
+std::vector<int32_t>& HidInterface::values(const FeatureReport& report) {
+  std::vector<int32_t>& values = values_[report.id];
+  values.resize(report.usage_count);
+  return values;
+}
+
+void HidInterface::send_values(const FeatureReport& report) {
+  std::vector<uint8_t> payload;
+  for (const int32_t value : values(report)) {
+    payload.push_back(to_byte(value, report.logical_minimum < 0));
+  }
+  set_report(report.id, payload);
+}
+
+void HidInterface::fetch_values(const FeatureReport& report) {
+  const std::optional<std::vector<uint8_t>> payload = get_report(report.id);
+  if (!payload) return;
+  std::vector<int32_t>& stored = values(report);
+  for (size_t i = 0; i < stored.size(); ++i) {
+    // A report that came short counts as filled up with zeros.
+    const uint8_t byte = i < payload->size() ? (*payload)[i] : 0;
+    stored[i] = from_byte(byte, report.logical_minimum < 0);
+  }
+}
+
+bool HidInterface::set_report(uint8_t id, std::span<const uint8_t> payload) {
+  trace_(report_line("set_report", id, payload));
+  return device_.set_feature(id, payload);
+}
+
+std::optional<std::vector<uint8_t>> HidInterface::get_report(uint8_t id) {
+  std::optional<std::vector<uint8_t>> payload = device_.get_feature(id);
+  trace_(payload ? report_line("get_report", id, *payload)
+                 : "get_report " + std::to_string(id) + ": stall");
+  return payload;
+}
+
+int copy_name(const std::string& name, std::span<char> room) {
+  const size_t count = std::min(name.size() + 1, room.size());
+  std::memcpy(room.data(), name.c_str(), count);
+  return static_cast<int>(count);
+}
+
+}  // namespace zelkora::sim

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "hidraw_node.h"
+
+#include <linux/hidraw.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "request_name.h"
+
+namespace zelkora::sim {
+namespace {
+
+// Reports are read and written with their id in front.
+constexpr size_t kShortestReport = 2;
+constexpr size_t kLongestReport = 16384;
+
+bool fits(size_t length) { return length >= kShortestReport && length <= kLongestReport; }
+
+}  // namespace
+
+int HidrawNode::ioctl(unsigned long request, void* argument) {
+  if (_IOC_SIZE(request) > 0 && argument == nullptr) return -EFAULT;
+  if (request == HIDIOCGRAWINFO) {
+    const UsbIdentity& identity = hid_->identity();
+    *static_cast<hidraw_devinfo*>(argument) = {
+        .bustype = BUS_USB,
+        .vendor = static_cast<int16_t>(identity.vendor),
+        .product = static_cast<int16_t>(identity.product),
+    };
+    return 0;
+  }
+  const size_t size = _IOC_SIZE(request);
+  const std::span<uint8_t> report(static_cast<uint8_t*>(argument), size);
+  const std::span<char> name(static_cast<char*>(argument), size);
+  switch (without_size(request)) {
+    case HIDIOCSFEATURE(0):
+      return set_feature(report);
+    case HIDIOCGFEATURE(0):
+      return get_feature(report);
+    case HIDIOCGRAWNAME(0):
+      return copy_name(hid_->identity().kernel_name(), name);
+    case HIDIOCGRAWPHYS(0):
+      return copy_name(hid_->phys(), name);
+    default:
+      break;
+  }
+  return _IOC_TYPE(request) == 'H' && _IOC_DIR(request) == _IOC_READ ? -ENOTTY : -EINVAL;
+}
+
+// Unlike hiddev, hidraw asks the device whatever the report id, and tells when it stalls.
+int HidrawNode::set_feature(std::span<const uint8_t> report) {
+  if (!fits(report.size())) return -EINVAL;
+  if (!hid_->set_report(report[0], report.subspan(1))) return -EPIPE;
+  return static_cast<int>(report.size());
+}
+
+int HidrawNode::get_feature(std::span<uint8_t> room) {
+  if (!fits(room.size())) return -EINVAL;
+  const std::optional<std::vector<uint8_t>> payload = hid_->get_report(room[0]);
+  if (!payload) return -EPIPE;
+  // The id stays in byte 0: the device sends it back in front of the payload.
+  const size_t count = std::min(payload->size(), room.size() - 1);
+  std::copy_n(payload->begin(), count, room.begin() + 1);
+  return static_cast<int>(1 + count);
+}
+
+ssize_t HidrawNode::read(std::span<uint8_t>) {
+  return -EAGAIN;  // input reports, and there are none
+}
+
+ssize_t HidrawNode::write(std::span<const uint8_t> bytes) {
+  // Output reports, and the device has none: it stalls.
+  return fits(bytes.size()) ? -EPIPE : -EINVAL;
+}
+
+DeviceNode::AfterUnplug HidrawNode::after_unplug() const {
+  return {.ioctl = -ENODEV, .read = -EIO, .write = -ENODEV};
+}
+
+std::string HidrawNode::describe(unsigned long request, const void*) const {
+  return hidraw_request(request);
+}
+
+}  // namespace zelkora::sim

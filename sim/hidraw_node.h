@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// /dev/hidrawN: whole reports in one call.
+#pragma once
+
+#include <memory>
+
+#include "hid_interface.h"
+
+namespace zelkora::sim {
+
+class HidrawNode final : public DeviceNode {
+ public:
+  explicit HidrawNode(std::shared_ptr<HidInterface> interface) : hid_(std::move(interface)) {}
+
+  int ioctl(unsigned long request, void* argument) override;
+  ssize_t read(std::span<uint8_t> room) override;
+  ssize_t write(std::span<const uint8_t> bytes) override;
+  AfterUnplug after_unplug() const override;
+  std::string describe(unsigned long request, const void* argument) const override;
+
+ private:
+  int set_feature(std::span<const uint8_t> report);
+  int get_feature(std::span<uint8_t> room);
+
+  std::shared_ptr<HidInterface> hid_;
+};
+
+}  // namespace zelkora::sim

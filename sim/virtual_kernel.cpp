@@ -1,0 +1,252 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "virtual_kernel.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include "event_node.h"
+#include "hiddev_node.h"
+#include "hidraw_node.h"
+#include "request_name.h"
+#include "serial_node.h"
+
+namespace zelkora::sim {
+namespace {
+
+using Path = std::string;
+
+struct PluggedNode {
+  Path path;
+  int attachment;
+  std::shared_ptr<DeviceNode> node;
+};
+
+struct OpenFile {
+  Path path;
+  std::shared_ptr<DeviceNode> node;
+  int access;
+  bool unplugged = false;
+};
+
+enum class Call { kOpen, kIoctl, kRead, kWrite };
+
+struct Fault {
+  Call call;
+  Path path;
+  unsigned long request;  // without its size bits; of an ioctl only
+  int error;
+  int times;
+};
+
+std::string open_flags(int flags) {
+  constexpr std::array kAccess = {"O_RDONLY", "O_WRONLY", "O_RDWR", "O_ACCMODE"};
+  constexpr std::pair<int, const char*> kNames[] = {
+      {O_NONBLOCK, "|O_NONBLOCK"}, {O_NOCTTY, "|O_NOCTTY"}, {O_CLOEXEC, "|O_CLOEXEC"}};
+  std::string text = kAccess[static_cast<size_t>(flags & O_ACCMODE)];
+  for (const auto& [bit, name] : kNames) {
+    if ((flags & bit) != 0) text += name;
+  }
+  return text;
+}
+
+std::string outcome(ssize_t result) {
+  if (result >= 0) return {};
+  const char* name = strerrorname_np(static_cast<int>(-result));
+  return std::string(" -> ") + (name != nullptr ? name : "?");
+}
+
+std::string byte_run(std::span<const uint8_t> bytes) {
+  return bytes.empty() ? ":" : ": " + hex_bytes(bytes);
+}
+
+}  // namespace
+
+struct VirtualKernel::State {
+  std::vector<PluggedNode> nodes;
+  std::map<int, OpenFile> files;
+  std::vector<Fault> faults;
+  std::function<void(std::string)> trace;
+  std::vector<std::string> transfers;  // of the call that is going on
+  int attachments = 0;
+  int handles = 0;
+
+  void plug(int attachment, std::string path, std::shared_ptr<DeviceNode> node);
+  std::shared_ptr<DeviceNode> share(std::string_view path) const;
+  OpenFile* file(int handle);
+  std::optional<int> strike(Call call, std::string_view path, unsigned long request = 0);
+  // Writes the line of a call that ended, then what it moved to and from the device.
+  void report(const std::string& line, ssize_t result);
+};
+
+void VirtualKernel::State::plug(int attachment, Path path, std::shared_ptr<DeviceNode> node) {
+  if (!path.empty()) nodes.push_back({std::move(path), attachment, std::move(node)});
+}
+
+std::shared_ptr<DeviceNode> VirtualKernel::State::share(std::string_view path) const {
+  const auto found = std::ranges::find(nodes, path, &PluggedNode::path);
+  return found == nodes.end() ? nullptr : found->node;
+}
+
+OpenFile* VirtualKernel::State::file(int handle) {
+  const auto found = files.find(handle);
+  return found == files.end() ? nullptr : &found->second;
+}
+
+// The error that the script has for this call, if it has one.
+std::optional<int> VirtualKernel::State::strike(Call call, std::string_view path,
+                                                unsigned long request) {
+  for (Fault& fault : faults) {
+    if (fault.call != call || fault.path != path || fault.times == 0) continue;
+    if (fault.request != without_size(request)) continue;
+    if (fault.times > 0) --fault.times;
+    return -fault.error;
+  }
+  return std::nullopt;
+}
+
+void VirtualKernel::State::report(const std::string& line, ssize_t result) {
+  const std::vector<std::string> moved = std::exchange(transfers, {});
+  if (!trace) return;
+  trace(line + outcome(result));
+  for (const std::string& transfer : moved) trace(transfer);
+}
+
+VirtualKernel::VirtualKernel() : state_(std::make_unique<State>()) {}
+VirtualKernel::~VirtualKernel() = default;
+
+int VirtualKernel::attach(HidDevice& device, HidNodes nodes) {
+  const int attachment = ++state_->attachments;
+  const auto interface = std::make_shared<HidInterface>(
+      device, std::move(nodes.phys), static_cast<unsigned>(attachment),
+      [state = state_.get()](std::string line) { state->transfers.push_back(std::move(line)); });
+  state_->plug(attachment, std::move(nodes.hiddev), std::make_shared<HiddevNode>(interface));
+  state_->plug(attachment, std::move(nodes.hidraw), std::make_shared<HidrawNode>(interface));
+  state_->plug(attachment, std::move(nodes.event), std::make_shared<EventNode>(interface));
+  return attachment;
+}
+
+int VirtualKernel::attach(SerialDevice& device, Path path) {
+  const int attachment = ++state_->attachments;
+  state_->plug(attachment, std::move(path), std::make_shared<SerialNode>(device));
+  return attachment;
+}
+
+void VirtualKernel::unplug(int attachment) {
+  for (const PluggedNode& plugged : state_->nodes) {
+    if (plugged.attachment != attachment) continue;
+    for (auto& [handle, file] : state_->files) {
+      if (file.node == plugged.node) file.unplugged = true;
+    }
+  }
+  std::erase_if(state_->nodes,
+                [&](const PluggedNode& node) { return node.attachment == attachment; });
+}
+
+bool VirtualKernel::owns(std::string_view path) const { return state_->share(path) != nullptr; }
+
+std::vector<Path> VirtualKernel::node_paths() const {
+  std::vector<Path> paths;
+  for (const PluggedNode& node : state_->nodes) paths.push_back(node.path);
+  return paths;
+}
+
+int VirtualKernel::open(std::string_view path, int flags) {
+  const std::string name(path);
+  std::shared_ptr<DeviceNode> node = state_->share(path);
+  int result = -ENOENT;
+  if (const std::optional<int> fault = state_->strike(Call::kOpen, path)) {
+    result = *fault;
+  } else if (node) {
+    result = ++state_->handles;
+    state_->files[result] = {name, std::move(node), flags & O_ACCMODE};
+  }
+  state_->report("open " + name + " " + open_flags(flags), result);
+  return result;
+}
+
+int VirtualKernel::close(int handle) {
+  const OpenFile* file = state_->file(handle);
+  if (file == nullptr) return -EBADF;
+  state_->report("close " + file->path, 0);
+  state_->files.erase(handle);
+  return 0;
+}
+
+int VirtualKernel::ioctl(int handle, unsigned long request, void* argument) {
+  OpenFile* file = state_->file(handle);
+  if (file == nullptr) return -EBADF;
+  // Named before it is served: a request may overwrite what it was asked with.
+  const std::string line = "ioctl " + file->node->describe(request, argument);
+  int result = 0;
+  if (file->unplugged) {
+    result = file->node->after_unplug().ioctl;
+  } else if (const auto fault = state_->strike(Call::kIoctl, file->path, request)) {
+    result = *fault;
+  } else {
+    result = file->node->ioctl(request, argument);
+  }
+  state_->report(line, result);
+  return result;
+}
+
+ssize_t VirtualKernel::write(int handle, std::span<const uint8_t> bytes) {
+  OpenFile* file = state_->file(handle);
+  if (file == nullptr || file->access == O_RDONLY) return -EBADF;
+  ssize_t result = 0;
+  if (file->unplugged) {
+    result = file->node->after_unplug().write;
+  } else if (const auto fault = state_->strike(Call::kWrite, file->path)) {
+    result = *fault;
+  } else {
+    result = file->node->write(bytes);
+  }
+  state_->report("write " + file->path + byte_run(bytes), result);
+  return result;
+}
+
+ssize_t VirtualKernel::read(int handle, std::span<uint8_t> room) {
+  OpenFile* file = state_->file(handle);
+  if (file == nullptr || file->access == O_WRONLY) return -EBADF;
+  ssize_t result = 0;
+  if (file->unplugged) {
+    result = file->node->after_unplug().read;
+  } else if (const auto fault = state_->strike(Call::kRead, file->path)) {
+    result = *fault;
+  } else {
+    result = file->node->read(room);
+  }
+  std::string line = "read " + file->path + " " + std::to_string(room.size());
+  if (result >= 0) line += byte_run(room.first(static_cast<size_t>(result)));
+  state_->report(line, result);
+  return result;
+}
+
+void VirtualKernel::fail_open(Path path, int error, int times) {
+  state_->faults.push_back({Call::kOpen, std::move(path), 0, error, times});
+}
+
+void VirtualKernel::fail_ioctl(Path path, unsigned long request, int error, int times) {
+  state_->faults.push_back({Call::kIoctl, std::move(path), without_size(request), error, times});
+}
+
+void VirtualKernel::fail_read(Path path, int error, int times) {
+  state_->faults.push_back({Call::kRead, std::move(path), 0, error, times});
+}
+
+void VirtualKernel::fail_write(Path path, int error, int times) {
+  state_->faults.push_back({Call::kWrite, std::move(path), 0, error, times});
+}
+
+void VirtualKernel::set_trace(std::function<void(std::string)> trace) {
+  state_->trace = std::move(trace);
+}
+
+}  // namespace zelkora::sim
