@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// zelkora-sim runs a command among virtual panels, and inside such a session it answers questions
+// about them.
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "../private_root.h"
+#include "command.h"
+#include "panels.h"
+#include "protocol.h"
+#include "queries.h"
+#include "server.h"
+
+namespace {
+
+using namespace zelkora::sim;
+
+struct Options {
+  std::vector<std::string> panels;
+  std::vector<std::string> command;
+  std::string data_directory;
+  std::string trace_file;
+  bool no_waits = false;
+};
+
+struct Query {
+  CLI::App* command = nullptr;
+  std::vector<std::string> words;
+};
+
+// The usage that the parser would write shows neither the "--" nor that queries stand alone.
+struct HelpFormatter : CLI::Formatter {
+  std::string make_usage(const CLI::App* app, std::string name) const override {
+    if (app->get_parent() != nullptr) return CLI::Formatter::make_usage(app, name);
+    return "Usage: zelkora-sim [OPTIONS] -- COMMAND [ARG...]\n"
+           "       zelkora-sim QUERY PANEL [ARG...]    inside a session\n";
+  }
+};
+
+int fail(const std::string& text, int status = kExitFailed) {
+  std::fprintf(stderr, "zelkora-sim: %s\n", text.c_str());
+  return status;
+}
+
+void add_options(CLI::App& app, Options& options) {
+  const auto describe = [](const std::string& text) {
+    PanelSpec panel;
+    return parse_panel(text, panel);
+  };
+  app.add_option("--panel", options.panels, "A panel to present; may be given several times")
+      ->type_name("SPEC")
+      ->allow_extra_args(false)
+      ->check(CLI::Validator(describe, ""));
+  app.add_option("--data", options.data_directory,
+                 "Show DIR as /opt/.touch_panel and keep what is written there")
+      ->type_name("DIR");
+  app.add_option("--trace", options.trace_file, "Write each call on a virtual node to FILE")
+      ->type_name("FILE");
+  app.add_flag("--no-waits", options.no_waits, "Have sleep() and usleep() return at once");
+  app.add_option("COMMAND", options.command, "What to run, behind --")->type_name("");
+}
+
+// Inside a session: the words behind the name are passed on to the runner as they are.
+void add_query(CLI::App& app, std::vector<Query>& queries, const std::string& name,
+               const std::vector<std::string>& arguments, const std::string& help) {
+  Query& query = queries.emplace_back();
+  query.command = app.add_subcommand(name, help);
+  query.command->group("Queries, inside a session");
+  query.words.resize(arguments.size());
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    query.command->add_option(arguments[i], query.words[i])->required()->type_name("");
+  }
+}
+
+void add_queries(CLI::App& app, std::vector<Query>& queries) {
+  queries.reserve(6);  // the options above point into it
+  add_query(app, queries, "value", {"PANEL", "ADDRESS"}, "Print a 16-bit value, decimal");
+  add_query(app, queries, "permanent", {"PANEL", "ADDRESS"},
+            "Print the value that a reset brings back");
+  add_query(app, queries, "set", {"PANEL", "ADDRESS", "VALUE"}, "Change a value");
+  add_query(app, queries, "silent", {"PANEL", "on|off"}, "Have a panel ignore commands, or not");
+  add_query(app, queries, "unplug", {"PANEL"}, "Take a panel away");
+  add_query(app, queries, "frames", {"PANEL"}, "Print the command frames so far, hexadecimal");
+}
+
+int ask(const Query& query) {
+  std::string line = query.command->get_name();
+  for (const std::string& word : query.words) line.append(" ").append(word);
+  const Answer answer = ask_runner(line);
+  if (answer.status != kExitDone) return fail(answer.text, answer.status);
+  std::fputs(answer.text.c_str(), stdout);
+  return kExitDone;
+}
+
+std::vector<PanelSpec> parse_panels(std::vector<std::string> texts) {
+  if (texts.empty()) texts.emplace_back("resistive");
+  std::vector<PanelSpec> panels(texts.size());
+  for (size_t i = 0; i < texts.size(); ++i) parse_panel(texts[i], panels[i]);
+  return panels;
+}
+
+// Everything that needs the real file system comes before the private root.
+std::string enter_session(Options& options, Panels& panels, Server& server) {
+  const std::string library = find_preload_library();
+  if (library.empty()) return "libzelkora-sim-preload.so is missing; build or install it";
+  PrivateRootOptions root;
+  if (!options.data_directory.empty()) {
+    std::error_code code;
+    std::filesystem::create_directories(options.data_directory, code);
+    if (code) return "cannot create " + options.data_directory + ": " + code.message();
+    root.data_directory = std::filesystem::absolute(options.data_directory);
+  }
+  std::string problem = enter_private_root(root);
+  if (problem.empty()) problem = install_preload_library(library);
+  if (problem.empty()) problem = panels.create_files();
+  return problem.empty() ? server.listen() : problem;
+}
+
+int run_session(Options& options) {
+  if (access(ZELKORA_SIM_SOCKET_PATH, F_OK) == 0) {
+    return fail("this is a session already; a session cannot hold another one", kExitUsage);
+  }
+  std::ofstream trace;
+  Panels panels(parse_panels(options.panels));
+  if (!options.trace_file.empty()) {
+    trace.open(options.trace_file);
+    if (!trace) return fail("cannot write " + options.trace_file + ": " + std::strerror(errno));
+    panels.kernel().set_trace([&trace](const std::string& line) { trace << line << std::endl; });
+  }
+  Server server(panels);
+  const std::string problem = enter_session(options, panels, server);
+  if (!problem.empty()) return fail(problem);
+
+  // The terminal sends its signals to the command as well; the others are passed on to it.
+  constexpr int kForwarded[] = {SIGTERM, SIGHUP};
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int number : {SIGCHLD, SIGTERM, SIGHUP, SIGINT, SIGQUIT}) sigaddset(&blocked, number);
+  sigprocmask(SIG_BLOCK, &blocked, nullptr);
+
+  const pid_t child = start_command(options.command, options.no_waits);
+  if (child < 0) return fail(std::string("cannot start a process: ") + std::strerror(errno));
+  return exit_status(server.serve_until_exit(child, kForwarded));
+}
+
+int run(int argc, char** argv) {
+  CLI::App app("Runs a command among virtual touch panels, with a data directory of its own.\n",
+               "zelkora-sim");
+  Options options;
+  std::vector<Query> queries;
+  add_options(app, options);
+  add_queries(app, queries);
+  app.set_version_flag("--version", "zelkora-sim " ZELKORA_VERSION);
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.footer(panel_help());
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kExitDone : kExitUsage;
+  }
+  for (const Query& query : queries) {
+    if (query.command->parsed()) return ask(query);
+  }
+  if (options.command.empty()) {
+    return fail("nothing to run: zelkora-sim [OPTIONS] -- COMMAND [ARG...]", kExitUsage);
+  }
+  return run_session(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    return fail(error.what());
+  }
+}

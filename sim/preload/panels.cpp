@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "panels.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "../private_root.h"
+
+namespace zelkora::sim {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string failure(const std::string& what, const fs::path& path) {
+  return "cannot " + what + " " + path.string() + ": " + std::strerror(errno);
+}
+
+struct Placeholder {
+  fs::path path;
+  mode_t mode;
+};
+
+std::string create_placeholder(const Placeholder& node) {
+  std::string problem = make_node_placeholder(node.path);
+  if (problem.empty() && chmod(node.path.c_str(), node.mode) != 0) {
+    problem = failure("set the permissions of", node.path);
+  }
+  return problem;
+}
+
+std::string create_all(std::span<const Placeholder> nodes) {
+  for (const Placeholder& node : nodes) {
+    std::string problem = create_placeholder(node);
+    if (!problem.empty()) return problem;
+  }
+  return {};
+}
+
+bool listed_in_order(const std::vector<Placeholder>& nodes) {
+  std::vector<fs::path> listed;
+  for (const auto& entry : fs::directory_iterator(nodes.front().path.parent_path())) {
+    if (std::ranges::find(nodes, entry.path(), &Placeholder::path) != nodes.end()) {
+      listed.push_back(entry.path());
+    }
+  }
+  return std::ranges::equal(listed, nodes, {}, {}, &Placeholder::path);
+}
+
+// Makes a directory walk meet the nodes in this order. tmpfs lists the newest file first, as
+// devtmpfs does, but some kernels list the oldest first.
+std::string create_in_order(std::vector<Placeholder> nodes) {
+  std::vector<Placeholder> reversed(nodes.rbegin(), nodes.rend());
+  std::string problem = create_all(reversed);
+  if (!problem.empty() || listed_in_order(nodes)) return problem;
+  for (const Placeholder& node : nodes) fs::remove(node.path);
+  problem = create_all(nodes);
+  if (!problem.empty() || listed_in_order(nodes)) return problem;
+  return nodes.front().path.parent_path().string() + " does not list its files by age";
+}
+
+// A list that is there already belongs to the owner of the data directory.
+std::string create_list(const fs::path& path, const std::vector<std::string>& names) {
+  if (fs::exists(path)) return {};
+  std::ofstream file(path);
+  for (const std::string& name : names) file << name << '\n';
+  file.close();
+  return file ? std::string() : failure("write", path);
+}
+
+HidNodes nodes_of(size_t number) {
+  const std::string suffix = std::to_string(number);
+  return {"usb-0000:00:14.0-" + std::to_string(number + 1) + "/input0", "/dev/usb/hiddev" + suffix,
+          "/dev/hidraw" + suffix, "/dev/input/event" + suffix};
+}
+
+}  // namespace
+
+Panels::Panel::Panel(const PanelSpec& description, size_t number)
+    : usb(controller, description.identity), nodes(nodes_of(number)), spec(description) {
+  controller.set_firmware(spec.firmware);
+  controller.faults = spec.faults;
+  for (const auto& [address, value] : spec.words) controller.set_value(address, value);
+}
+
+Panels::Panels(std::span<const PanelSpec> specs) {
+  for (const PanelSpec& spec : specs) {
+    Panel& panel = *panels_.emplace_back(std::make_unique<Panel>(spec, panels_.size()));
+    panel.attachment = kernel_.attach(panel.usb, panel.nodes);
+    // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
+    if (spec.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
+    if (spec.mode == 0) {
+      kernel_.fail_open(panel.nodes.hidraw, EACCES);
+      kernel_.fail_open(panel.nodes.event, EACCES);
+    }
+  }
+}
+
+std::string Panels::create_nodes(std::string HidNodes::*kind, mode_t PanelSpec::*mode) const {
+  std::vector<Placeholder> nodes;
+  for (const auto& panel : panels_) nodes.push_back({panel->nodes.*kind, panel->spec.*mode});
+  return create_in_order(std::move(nodes));
+}
+
+std::string Panels::create_name_lists() const {
+  std::vector<std::string> resistive;
+  for (const auto& panel : panels_) {
+    const std::string& name = panel->spec.identity.product_name;
+    if (std::ranges::find(resistive, name) == resistive.end()) resistive.push_back(name);
+  }
+  const fs::path directory = kDataDirectory;
+  std::string problem = create_list(directory / "rmanuflist.conf", resistive);
+  if (problem.empty()) problem = create_list(directory / "manuflist.conf", {});
+  return problem;
+}
+
+std::string Panels::create_files() const {
+  try {
+    std::string problem = create_nodes(&HidNodes::hiddev, &PanelSpec::hiddev_mode);
+    if (problem.empty()) problem = create_nodes(&HidNodes::hidraw, &PanelSpec::mode);
+    if (problem.empty()) problem = create_nodes(&HidNodes::event, &PanelSpec::mode);
+    return problem.empty() ? create_name_lists() : problem;
+  } catch (const fs::filesystem_error& error) {
+    return error.what();
+  }
+}
+
+bool Panels::unplug(size_t number) {
+  Panel& panel = *panels_[number];
+  if (!panel.plugged) return false;
+  panel.plugged = false;
+  kernel_.unplug(panel.attachment);
+  for (const std::string& node : {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event}) {
+    remove_node_placeholder(node);
+  }
+  return true;
+}
+
+}  // namespace zelkora::sim

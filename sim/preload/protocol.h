@@ -1,0 +1,53 @@
+/* SPDX-FileCopyrightText: 2026 The Zelkora authors
+ * SPDX-License-Identifier: MIT
+ *
+ * What a process inside a session and the runner say to each other. Each open node has one
+ * SOCK_SEQPACKET connection of its own; hanging up closes the node. A request is one message: this
+ * header, then its data. The reply to it is one message: its header, then its data. Both sides run
+ * on one machine, so numbers are in host order.
+ */
+#ifndef ZELKORA_SIM_PROTOCOL_H
+#define ZELKORA_SIM_PROTOCOL_H
+
+#include <assert.h>
+#include <stdint.h>
+
+/* Everything of a session that is no node lies in one directory of its private /dev, which no
+ * process outside can see. */
+#define ZELKORA_SIM_DIRECTORY "/dev/zelkora-sim"
+#define ZELKORA_SIM_SOCKET_PATH ZELKORA_SIM_DIRECTORY "/socket"
+#define ZELKORA_SIM_LIBRARY_PATH ZELKORA_SIM_DIRECTORY "/preload.so"
+
+/* Set in the environment: sleep() and usleep() return at once. */
+#define ZELKORA_SIM_NO_WAITS_VARIABLE "ZELKORA_SIM_NO_WAITS"
+
+enum {
+  SIM_OPEN = 1,  /* data: the path of the node */
+  SIM_IOCTL = 2, /* data: the memory that the argument points to, _IOC_SIZE bytes */
+  SIM_READ = 3,
+  SIM_WRITE = 4, /* data: the bytes to write */
+  SIM_QUERY = 5  /* data: words separated by one blank; needs no node */
+};
+
+enum { SIM_MAX_DATA = 16384 }; /* an ioctl number has room for sizes below this one */
+
+struct SimRequest {
+  uint32_t operation; /* SIM_... */
+  int32_t flags;      /* SIM_OPEN: as given to open() */
+  uint64_t request;   /* SIM_IOCTL: the request number */
+  uint64_t argument;  /* SIM_IOCTL: the argument of a request without memory; SIM_READ: bytes
+                         wanted; SIM_QUERY: first byte of the answer wanted */
+};
+
+struct SimReply {
+  int32_t result;  /* of the system call, -errno for a failure; SIM_QUERY: an exit status */
+  uint32_t length; /* SIM_QUERY: bytes of the whole answer, of which the data is a part */
+};
+
+/* The data of a reply: what SIM_IOCTL changed in the memory (nothing when it changed nothing, so
+ * that memory which is only read may be read-only), the bytes that SIM_READ got, a text. */
+
+static_assert(sizeof(struct SimRequest) == 24, "the request header has no padding");
+static_assert(sizeof(struct SimReply) == 8, "the reply header has no padding");
+
+#endif /* ZELKORA_SIM_PROTOCOL_H */
