@@ -1,0 +1,187 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "usbip_server.h"
+
+#include <fcntl.h>
+#include <glob.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+
+namespace zelkora::sim {
+namespace {
+
+constexpr char kHostController[] = "/sys/devices/platform/vhci_hcd.0";
+constexpr auto kPatience = std::chrono::seconds(20);
+constexpr int kLookAgainMilliseconds = 10;
+
+std::runtime_error failure(const std::string& what) {
+  return std::runtime_error(what + ": " + std::strerror(errno));
+}
+
+// The first free port for devices of up to high speed. Each line of the table reads
+// "hub port state ...", and state 4 is a port with nothing in it.
+unsigned free_port() {
+  std::ifstream status(std::string(kHostController) + "/status");
+  if (!status) {
+    throw std::runtime_error(std::string(kHostController) +
+                             " is missing: load the module vhci-hcd (as root)");
+  }
+  std::string line;
+  while (std::getline(status, line)) {
+    std::istringstream words(line);
+    std::string hub;
+    unsigned port = 0, state = 0;
+    if (words >> hub >> port >> state && hub == "hs" && state == 4) return port;
+  }
+  throw std::runtime_error("every port of the virtual host controller is taken");
+}
+
+// The node below /dev whose entry in /sys matches the pattern; empty when there is none, or none
+// yet: the kernel makes the entry a moment before the node.
+std::string find_node(const std::string& pattern, std::string_view folder) {
+  glob_t found{};
+  std::string node;
+  if (glob(pattern.c_str(), 0, nullptr, &found) == 0) {
+    const std::string_view path = found.gl_pathv[0];
+    node = std::string(folder).append(path.substr(path.rfind('/')));
+    if (access(node.c_str(), F_OK) != 0) node.clear();
+  }
+  globfree(&found);
+  return node;
+}
+
+}  // namespace
+
+// One controller, its port and the connection to the kernel.
+class UsbipServer::Plug {
+ public:
+  explicit Plug(HidDevice& device) : session_(device), port_(free_port()) {
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+      throw failure("socketpair");
+    }
+    socket_ = ends[0];
+    try {
+      attach(ends[1]);
+    } catch (...) {
+      close(ends[1]);
+      disconnect();
+      throw;
+    }
+    close(ends[1]);  // the kernel holds it now
+  }
+  ~Plug() { disconnect(); }
+  Plug(const Plug&) = delete;
+  Plug& operator=(const Plug&) = delete;
+
+  int socket() const { return socket_; }
+
+  void disconnect() {
+    if (socket_ >= 0) close(socket_);
+    socket_ = -1;
+  }
+
+  // Takes what the kernel sent and answers it.
+  void serve() {
+    std::array<uint8_t, 4096> buffer;
+    const ssize_t count = read(socket_, buffer.data(), buffer.size());
+    if (count < 0 && errno == EINTR) return;
+    if (count <= 0) return disconnect();
+    const auto answers = session_.receive({buffer.data(), static_cast<size_t>(count)});
+    for (size_t sent = 0; sent < answers.size();) {
+      const ssize_t part =
+          send(socket_, answers.data() + sent, answers.size() - sent, MSG_NOSIGNAL);
+      if (part < 0) return disconnect();
+      sent += static_cast<size_t>(part);
+    }
+  }
+
+  UsbNodes nodes() const {
+    const std::string interface =
+        std::string(kHostController) + "/usb*/*-" + std::to_string(port_ + 1) + "/*:1.0";
+    return {find_node(interface + "/usbmisc/hiddev*", "/dev/usb"),
+            find_node(interface + "/*/hidraw/hidraw*", "/dev"),
+            find_node(interface + "/*/input/input*/event*", "/dev/input")};
+  }
+
+ private:
+  // Gives the kernel its end: port, descriptor, a device number of its own, full speed.
+  void attach(int kernel_end) const {
+    constexpr unsigned kFullSpeed = 2;
+    const std::string path = std::string(kHostController) + "/attach";
+    std::ofstream file(path);
+    file << port_ << ' ' << kernel_end << ' ' << (1u << 16 | (port_ + 2)) << ' ' << kFullSpeed
+         << std::flush;
+    if (!file) throw failure(path);
+  }
+
+  UsbipSession session_;
+  unsigned port_;
+  int socket_ = -1;
+};
+
+UsbipServer::UsbipServer() = default;
+UsbipServer::~UsbipServer() = default;
+
+UsbNodes UsbipServer::plug(HidDevice& device) {
+  plugs_.push_back(std::make_unique<Plug>(device));
+  const Plug& plug = *plugs_.back();
+  UsbNodes nodes;
+  const bool made = serve_until([&] {
+    nodes = plug.nodes();
+    return nodes.complete();
+  });
+  if (!made) throw std::runtime_error("the kernel made no nodes: see its messages with dmesg");
+  return nodes;
+}
+
+void UsbipServer::unplug(size_t number) {
+  Plug& plug = *plugs_.at(number);
+  plug.disconnect();
+  const bool gone = serve_until([&] {
+    const UsbNodes left = plug.nodes();
+    return left.hiddev.empty() && left.hidraw.empty() && left.event.empty();
+  });
+  if (!gone) throw std::runtime_error("the kernel keeps the nodes of an unplugged controller");
+}
+
+void UsbipServer::serve_until_readable(int descriptor) {
+  while (!serve(descriptor, -1)) {
+  }
+}
+
+template <typename Condition>
+bool UsbipServer::serve_until(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    serve(-1, kLookAgainMilliseconds);
+  }
+  return true;
+}
+
+// Answers what has come, waiting for it at most this long (-1: for ever). True: the descriptor
+// can be read. A descriptor of -1 never can.
+bool UsbipServer::serve(int descriptor, int milliseconds) {
+  std::vector<pollfd> wanted{{descriptor, POLLIN, 0}};
+  for (const auto& plug : plugs_) wanted.push_back({plug->socket(), POLLIN, 0});
+  if (poll(wanted.data(), wanted.size(), milliseconds) < 0) {
+    if (errno == EINTR) return false;
+    throw failure("poll");
+  }
+  for (size_t i = 0; i < plugs_.size(); ++i)
+    if (wanted[i + 1].revents != 0) plugs_[i]->serve();
+  return wanted[0].revents != 0;
+}
+
+}  // namespace zelkora::sim

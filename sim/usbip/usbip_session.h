@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// One controller's end of a USB/IP connection, as pure logic: bytes from the kernel in, bytes for
+// the kernel out.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <span>
+#include <vector>
+
+#include "usb_device.h"
+#include "usbip_protocol.h"
+
+namespace zelkora::sim {
+
+class UsbipSession {
+ public:
+  explicit UsbipSession(HidDevice& hid) : device_(hid) {}
+
+  // Takes bytes in pieces of any size and returns the answers to the messages they complete.
+  std::vector<uint8_t> receive(std::span<const uint8_t> bytes);
+
+ private:
+  bool answer_next(std::vector<uint8_t>& out);
+  void submit(const usbip::Submit& request, std::span<const uint8_t> data,
+              std::vector<uint8_t>& out);
+  void unlink(const usbip::Unlink& request, std::vector<uint8_t>& out);
+
+  UsbDevice device_;
+  std::vector<uint8_t> incoming_;
+  // Interrupt transfers that wait for a touch, which never comes.
+  std::set<uint32_t> waiting_;
+};
+
+}  // namespace zelkora::sim
