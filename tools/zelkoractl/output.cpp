@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace zelkoractl {
+namespace {
+
+constexpr int kSchema = 1;
+
+void complain(const std::string& text) { std::fprintf(stderr, "zelkoractl: %s\n", text.c_str()); }
+
+void complain(const Failure& failure) {
+  const std::string node = failure.node().empty() ? "" : failure.node() + ": ";
+  complain(node + failure.message());
+  if (!failure.remedy().empty()) complain("what to do: " + failure.remedy());
+}
+
+Json to_json(const Failure& failure) {
+  const auto text_or_null = [](const std::string& text) {
+    return text.empty() ? Json(nullptr) : Json(text);
+  };
+  return {{"code", static_cast<int>(failure.code())},
+          {"message", failure.message()},
+          {"node", text_or_null(failure.node())},
+          {"remedy", text_or_null(failure.remedy())}};
+}
+
+std::string to_document(const Answer& answer) {
+  Json document = {{"schema", kSchema}};
+  document.update(answer.document);
+  document["hints"] = answer.hints;
+  if (answer.failure) document["error"] = to_json(*answer.failure);
+  // Device text may be anything: what is no UTF-8 is replaced, not thrown at.
+  return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+AnswerChannel::AnswerChannel() {
+  // A standard descriptor that the caller closed would go to the next device node that is opened.
+  const bool has_output = fcntl(STDOUT_FILENO, F_GETFD) >= 0;
+  int spare = open("/dev/null", O_RDWR);
+  while (spare >= 0 && spare <= STDERR_FILENO) {
+    spare = open("/dev/null", O_RDWR);
+  }
+  if (spare >= 0) close(spare);
+  answer_ = has_output ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1;
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  // Line by line, so that the library's lines and ours stay in order.
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+AnswerChannel::~AnswerChannel() {
+  if (answer_ >= 0) close(answer_);
+}
+
+bool AnswerChannel::write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(answer_, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    text.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+ExitCode deliver(const Answer& answer, bool json, AnswerChannel& channel) {
+  const bool written = channel.write(json ? to_document(answer) : answer.text);
+  const int error = errno;
+  if (!json) {
+    for (const std::string& hint : answer.hints) {
+      complain(hint);
+    }
+    if (answer.failure) complain(*answer.failure);
+  }
+  if (!written) complain(std::string("cannot write the answer: ") + std::strerror(error));
+  if (answer.failure) return answer.failure->code();
+  return written ? ExitCode::kDone : ExitCode::kFailed;
+}
+
+std::string align(const std::vector<std::vector<std::string>>& rows) {
+  std::vector<size_t> widths;
+  for (const auto& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (size_t i = 0; i < row.size(); ++i) {
+      widths[i] = std::max(widths[i], row[i].size());
+    }
+  }
+  std::string text;
+  for (const auto& row : rows) {
+    std::string line;
+    for (size_t i = 0; i < row.size(); ++i) {
+      line += row[i];
+      line.append(widths[i] - row[i].size() + 2, ' ');
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += line + "\n";
+  }
+  return text;
+}
+
+std::string printable(std::string_view text) {
+  std::string clean;
+  for (const char c : text) {
+    if (c >= ' ' && c <= '~') {
+      clean += c;
+      continue;
+    }
+    char escape[5];
+    std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(c));
+    clean += escape;
+  }
+  return clean;
+}
+
+}  // namespace zelkoractl

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "panels.h"
+
+#include <zelkora.h>
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+namespace zelkoractl {
+namespace {
+
+// The kernel hides transfer errors on hiddev: what is read from a controller that keeps silent is
+// the command last sent. Its firmware query then seems to be answered by the query's own letters,
+// and every value reads as 0.
+constexpr std::string_view kFirmwareQueryEchoed = "OI";
+
+Panel read_entry(int index) {
+  char node[sizeof TouchDeviceEntry::Name];
+  char id[sizeof TouchDeviceEntry::ID];
+  char firmware[sizeof TouchDeviceEntry::FWVersion];
+  GetTouchDeviceName(index, node);
+  GetTouchDeviceID(index, id);
+  GetTouchDeviceFw(index, firmware);
+  Panel panel{index, GetTouchDeviceType(index), node, id, firmware, TouchDevice[index].Phys};
+  std::ranges::replace(panel.usb_id, '_', ':');
+  if (panel.type != ZELKORA_TYPE_PCT && panel.firmware == kFirmwareQueryEchoed) {
+    panel.firmware.clear();
+  }
+  return panel;
+}
+
+std::optional<size_t> parse_index(const std::string& text) {
+  size_t index = 0;
+  const char* const text_end = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), text_end, index);
+  if (error != std::errc() || end != text_end) return std::nullopt;
+  return index;
+}
+
+std::string call(const Panel& panel) { return "panel " + std::to_string(panel.index); }
+
+}  // namespace
+
+Found find_panels() {
+  Found found;
+  const int count = GetTouchPanels(0);
+  for (int index = 0; index < count; ++index) {
+    found.panels.push_back(read_entry(index));
+  }
+  found.nodes = look_at_nodes();
+  return found;
+}
+
+Panel find_panel(const std::string& name) {
+  const std::optional<size_t> index = parse_index(name);
+  if (!index) {
+    throw Failure(ExitCode::kUsage, "\"" + name + "\" is no panel number", "",
+                  "take a number from the first column of zelkoractl list");
+  }
+  Found found = find_panels();
+  if (*index < found.panels.size()) return found.panels[*index];
+  if (!found.nodes.locked.empty()) throw no_permission(found.nodes);
+  std::string message = "there is no panel " + name;
+  if (found.panels.empty()) {
+    for (const std::string& reason : why_nothing_was_found(found.nodes)) {
+      message += "; " + reason;
+    }
+  }
+  throw Failure(ExitCode::kNotFound, message, "", "zelkoractl list shows the panels there are");
+}
+
+std::string find_event_node(const Panel& panel) {
+  // An empty path would match the first event node there is.
+  if (panel.phys.empty()) return "";
+  char node[sizeof TouchDeviceEntry::EventName];
+  GetEventDeviceName(panel.index, node);
+  return node;
+}
+
+std::string_view type_name(const Panel& panel) {
+  switch (panel.type) {
+    case ZELKORA_TYPE_RESISTIVE_USB:
+      return "resistive-usb";
+    case ZELKORA_TYPE_RESISTIVE_SERIAL:
+      return "resistive-serial";
+    case ZELKORA_TYPE_PCT:
+      return "pct-usb";
+    default:
+      return "unknown";
+  }
+}
+
+OpenPanel::OpenPanel(const Panel& panel) : index_(panel.index) {
+  if (panel.type == ZELKORA_TYPE_PCT) {
+    throw Failure(ExitCode::kFailed,
+                  call(panel) +
+                      " is projected-capacitive: it has no settings "
+                      "of a resistive panel",
+                  panel.node, "name a resistive panel");
+  }
+  if (OpenTouchDevice(index_) == 0) {
+    if (is_locked(panel.node)) {
+      throw no_permission("no permission to open " + call(panel), panel.node);
+    }
+    throw Failure(ExitCode::kFailed, call(panel) + " cannot be opened", panel.node,
+                  "check that it is still plugged in, then try again");
+  }
+  char firmware[20];
+  if (GetFirmware(firmware) != 0 && firmware == kFirmwareQueryEchoed) {
+    CloseTouchDevice(index_);
+    throw Failure(ExitCode::kFailed, call(panel) + " does not answer", panel.node,
+                  "unplug the panel, plug it in again, then try again");
+  }
+}
+
+OpenPanel::~OpenPanel() { CloseTouchDevice(index_); }
+
+}  // namespace zelkoractl
