@@ -1,0 +1,279 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "virtual_kernel.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/hiddev.h>
+#include <linux/hidraw.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string>
+#include <vector>
+
+#include "sim/hid_nodes_bench.h"
+
+namespace {
+
+using zelkora::sim::SerialDevice;
+using zelkora::sim::VirtualKernel;
+using zelkora::test::Bytes;
+using zelkora::test::EchoDevice;
+using zelkora::test::HidNodesTest;
+using zelkora::test::kEvent;
+using zelkora::test::kHiddev;
+using zelkora::test::kHidraw;
+using zelkora::test::kPhys;
+using zelkora::test::Lines;
+
+constexpr char kSerial[] = "/dev/ttyS0";
+
+using HidrawTest = HidNodesTest;
+using EventTest = HidNodesTest;
+
+TEST_F(HidrawTest, GivesTheDeviceWithSignedIds) {
+  hidraw_devinfo info{};
+  ASSERT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWINFO, &info), 0);
+  EXPECT_EQ(info.bustype, static_cast<unsigned>(BUS_USB));
+  EXPECT_EQ(info.vendor, 0x3A4C);
+  EXPECT_EQ(info.product, -30893);
+}
+
+TEST_F(HidrawTest, GivesNameAndPhys) {
+  std::array<char, 256> text{};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWNAME(256), text.data()), 13);
+  EXPECT_STREQ(text.data(), "Zelkora Echo");
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWPHYS(5), text.data()), 5);
+  EXPECT_STREQ(text.data(), "usb-0ra Echo");
+}
+
+TEST_F(HidrawTest, SendsAFeatureReportBehindItsId) {
+  std::array<uint8_t, 4> report = {1, 0xAA, 0xBB, 0xCC};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(4), report.data()), 4);
+  EXPECT_EQ(device_.last_id, 1);
+  EXPECT_EQ(device_.received, (Bytes{0xAA, 0xBB, 0xCC}));
+}
+
+TEST_F(HidrawTest, GetsAFeatureReportWithItsIdAndNoMoreThanItHolds) {
+  device_.answer = {1, 2, 3, 0x84};
+  std::array<uint8_t, 512> report{};
+  report.fill(0xEE);
+  report[0] = 1;
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(512), report.data()), 5);
+  EXPECT_EQ(Bytes(report.begin(), report.begin() + 6), (Bytes{1, 1, 2, 3, 0x84, 0xEE}));
+  report.fill(0xEE);
+  report[0] = 1;
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(3), report.data()), 3);
+  EXPECT_EQ(Bytes(report.begin(), report.begin() + 4), (Bytes{1, 1, 2, 0xEE}));
+}
+
+TEST_F(HidrawTest, ReportsStallsAndOddLengths) {
+  std::array<uint8_t, 4> report = {1};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(1), report.data()), -EINVAL);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(1), report.data()), -EINVAL);
+  device_.stalls = true;
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(4), report.data()), -EPIPE);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(4), report.data()), -EPIPE);
+}
+
+TEST_F(HidrawTest, AsksTheDeviceForAnUnknownReport) {
+  std::array<uint8_t, 4> report = {99};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(4), report.data()), 4);
+  EXPECT_EQ(device_.last_id, 99);
+}
+
+TEST_F(HidrawTest, TellsUnknownRequestsByDirectionAndType) {
+  std::array<uint8_t, 64> buffer{};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, _IOR('H', 0x7F, int), buffer.data()), -ENOTTY);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, _IOW('H', 0x7F, int), buffer.data()), -EINVAL);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, TCGETS, buffer.data()), -EINVAL);
+}
+
+TEST_F(EventTest, GivesNamePhysAndId) {
+  std::array<char, 256> text{};
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(256), text.data()), 13);
+  EXPECT_STREQ(text.data(), "Zelkora Echo");
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGPHYS(256), text.data()), 26);
+  EXPECT_STREQ(text.data(), kPhys);
+  input_id id{};
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGID, &id), 0);
+  EXPECT_EQ(id.vendor, 0x3A4C);
+  EXPECT_EQ(id.product, 0x8753);
+  int version = 0;
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGVERSION, &version), 0);
+  EXPECT_EQ(version, EV_VERSION);
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGKEY(16), text.data()), -EINVAL);
+}
+
+TEST_F(EventTest, HasNoPhysWhenTheDeviceHasNone) {
+  EchoDevice device;
+  kernel_.attach(device, {.phys = "", .hiddev = "/dev/hiddev1", .hidraw = "", .event = "/dev/e1"});
+  std::array<char, 8> text = {"before"};
+  EXPECT_EQ(kernel_.ioctl(kernel_.open("/dev/e1", O_RDONLY), EVIOCGPHYS(8), text.data()), -ENOENT);
+  EXPECT_STREQ(text.data(), "before");
+  // hiddev has an empty one.
+  EXPECT_EQ(kernel_.ioctl(kernel_.open("/dev/hiddev1", O_RDWR), HIDIOCGPHYS(8), text.data()), 1);
+  EXPECT_STREQ(text.data(), "");
+}
+
+TEST_F(HidNodesTest, HaveNothingToReadOrWrite) {
+  std::array<uint8_t, 64> bytes{};
+  EXPECT_EQ(kernel_.read(hiddev_, bytes), -EAGAIN);
+  EXPECT_EQ(kernel_.read(hidraw_, bytes), -EAGAIN);
+  EXPECT_EQ(kernel_.read(event_, bytes), -EAGAIN);
+  EXPECT_EQ(kernel_.write(hiddev_, bytes), -EINVAL);
+  EXPECT_EQ(kernel_.write(hidraw_, bytes), -EPIPE);
+  EXPECT_EQ(kernel_.write(event_, bytes), -EBADF);  // it was opened for reading
+}
+
+TEST_F(HidNodesTest, UnpluggedDevicesAnswerNoDevice) {
+  kernel_.unplug(attachment_);
+  std::array<uint8_t, 64> bytes = {1};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCINITREPORT, nullptr), -ENODEV);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(4), bytes.data()), -ENODEV);
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(4), bytes.data()), -ENODEV);
+  EXPECT_EQ(kernel_.read(hidraw_, bytes), -EIO);
+  EXPECT_EQ(kernel_.open(kHiddev, O_RDWR), -ENOENT);
+  EXPECT_FALSE(kernel_.owns(kHiddev));
+  EXPECT_TRUE(kernel_.node_paths().empty());
+  EXPECT_EQ(kernel_.close(hiddev_), 0);
+  EXPECT_EQ(kernel_.close(hiddev_), -EBADF);
+}
+
+TEST_F(HidNodesTest, AreOnlyThoseWithAPath) {
+  EchoDevice device;
+  kernel_.attach(device, {.phys = "p", .hiddev = "", .hidraw = "/dev/hidraw1", .event = ""});
+  EXPECT_EQ(kernel_.node_paths(), (Lines{kHiddev, kHidraw, kEvent, "/dev/hidraw1"}));
+  EXPECT_FALSE(kernel_.owns(""));
+}
+
+TEST_F(HidNodesTest, TracesEachRequestWithWhatItNames) {
+  hiddev_report_info report{HID_REPORT_TYPE_FEATURE, 1, 0};
+  hiddev_field_info field{};
+  field.report_type = HID_REPORT_TYPE_FEATURE;
+  field.report_id = 2;
+  std::array<uint8_t, 256> buffer = {1, 0xAB};
+  kernel_.ioctl(hiddev_, HIDIOCGREPORTINFO, &report);
+  kernel_.ioctl(hiddev_, HIDIOCGFIELDINFO, &field);
+  kernel_.ioctl(hiddev_, HIDIOCGNAME(256), buffer.data());
+  kernel_.ioctl(hiddev_, HIDIOCGPHYS(12), buffer.data());
+  buffer = {1, 0xAB};
+  kernel_.ioctl(hidraw_, HIDIOCSFEATURE(64), buffer.data());
+  kernel_.ioctl(event_, EVIOCGPHYS(256), buffer.data());
+  kernel_.ioctl(hidraw_, TCGETS, buffer.data());
+  EXPECT_EQ(trace_,
+            (Lines{"ioctl HIDIOCGREPORTINFO type=3 id=1",
+                   "ioctl HIDIOCGFIELDINFO type=3 id=2 field=0 -> EINVAL", "ioctl HIDIOCGNAME 256",
+                   "ioctl HIDIOCGPHYS 12", "ioctl HIDIOCSFEATURE 64", "set_report 1: AB",
+                   "ioctl EVIOCGPHYS 256", "ioctl 0x00005401 -> EINVAL"}));
+}
+
+TEST_F(HidNodesTest, TracesUsagesAndReports) {
+  usage(0);  // initialises the reports
+  trace_.clear();
+  set_usage(0, -128);
+  usage(0);
+  report_request(HIDIOCSREPORT);
+  device_.stalls = true;
+  report_request(HIDIOCGREPORT);
+  EXPECT_EQ(
+      trace_,
+      (Lines{"ioctl HIDIOCSUSAGE type=3 id=1 field=0 usage=0 code=FF000001 value=-128",
+             "ioctl HIDIOCGUSAGE type=3 id=1 field=0 usage=0", "ioctl HIDIOCSREPORT type=3 id=1",
+             "set_report 1: 80", "ioctl HIDIOCGREPORT type=3 id=1", "get_report 1: stall"}));
+}
+
+TEST_F(HidNodesTest, TracesOpeningAndClosing) {
+  const int handle = kernel_.open(kHidraw, O_RDWR | O_NONBLOCK);
+  kernel_.close(handle);
+  kernel_.open("/dev/hidraw9", O_RDONLY);
+  EXPECT_EQ(trace_, (Lines{"open /dev/hidraw0 O_RDWR|O_NONBLOCK", "close /dev/hidraw0",
+                           "open /dev/hidraw9 O_RDONLY -> ENOENT"}));
+}
+
+TEST_F(HidNodesTest, FailByScriptForAsLongAsItSays) {
+  std::array<char, 256> text{};
+  kernel_.fail_ioctl(kHiddev, HIDIOCGNAME(0), EIO, 2);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(256), text.data()), -EIO);
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWNAME(256), text.data()), 13);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGPHYS(256), text.data()), 26);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(8), text.data()), -EIO);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(256), text.data()), 13);
+
+  kernel_.fail_open(kHiddev, EACCES);
+  EXPECT_EQ(kernel_.open(kHiddev, O_RDWR), -EACCES);
+  EXPECT_EQ(kernel_.open(kHiddev, O_RDWR), -EACCES);
+  EXPECT_EQ(trace_.back(), "open /dev/usb/hiddev0 O_RDWR -> EACCES");
+}
+
+// A port that keeps what it is sent.
+class EchoPort final : public SerialDevice {
+ public:
+  void receive(std::span<const uint8_t> bytes) override {
+    waiting.insert(waiting.end(), bytes.begin(), bytes.end());
+  }
+  Bytes transmit(size_t limit) override {
+    const auto end = waiting.begin() + static_cast<ptrdiff_t>(std::min(limit, waiting.size()));
+    Bytes bytes(waiting.begin(), end);
+    waiting.erase(waiting.begin(), end);
+    return bytes;
+  }
+
+  Bytes waiting;
+};
+
+class SerialNodeTest : public testing::Test {
+ protected:
+  SerialNodeTest() {
+    attachment_ = kernel_.attach(port_, kSerial);
+    handle_ = kernel_.open(kSerial, O_RDWR | O_NOCTTY | O_NONBLOCK);
+    kernel_.set_trace([this](std::string line) { trace_.push_back(std::move(line)); });
+  }
+
+  EchoPort port_;
+  VirtualKernel kernel_;
+  int attachment_ = 0;
+  int handle_ = 0;
+  Lines trace_;
+};
+
+TEST_F(SerialNodeTest, CarriesBytesBothWaysAndSaysWhenNothingWaits) {
+  const Bytes bytes = {1, 0x5A, 0x0D};
+  EXPECT_EQ(kernel_.write(handle_, bytes), 3);
+  std::array<uint8_t, 10> room{};
+  EXPECT_EQ(kernel_.read(handle_, std::span(room).first(2)), 2);
+  EXPECT_EQ(kernel_.read(handle_, room), 1);
+  EXPECT_EQ(room[0], 0x0D);
+  EXPECT_EQ(kernel_.read(handle_, room), -EAGAIN);
+  EXPECT_EQ(trace_, (Lines{"write /dev/ttyS0: 01 5A 0D", "read /dev/ttyS0 2: 01 5A",
+                           "read /dev/ttyS0 10: 0D", "read /dev/ttyS0 10 -> EAGAIN"}));
+}
+
+TEST_F(SerialNodeTest, RefusesRequests) {
+  int value = 0;
+  EXPECT_EQ(kernel_.ioctl(handle_, HIDIOCGVERSION, &value), -ENOTTY);
+}
+
+TEST_F(SerialNodeTest, FailsByScript) {
+  std::array<uint8_t, 10> room{};
+  kernel_.fail_write(kSerial, EIO, 1);
+  kernel_.fail_read(kSerial, EIO, 1);
+  EXPECT_EQ(kernel_.write(handle_, room), -EIO);
+  EXPECT_TRUE(port_.waiting.empty());
+  EXPECT_EQ(kernel_.read(handle_, room), -EIO);
+  EXPECT_EQ(kernel_.read(handle_, room), -EAGAIN);
+}
+
+TEST_F(SerialNodeTest, HangsUpWhenUnplugged) {
+  std::array<uint8_t, 10> room{};
+  kernel_.unplug(attachment_);
+  EXPECT_EQ(kernel_.read(handle_, room), 0);
+  EXPECT_EQ(kernel_.write(handle_, room), -EIO);
+  EXPECT_EQ(kernel_.ioctl(handle_, TCGETS, room.data()), -EIO);
+}
+
+}  // namespace

@@ -1,0 +1,452 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Zelkora authors
+# SPDX-License-Identifier: MIT
+"""zelkora-sim through its real executable: sessions, their panels and the queries to them.
+
+The programs run in the sessions are Python and sh: they know nothing of the simulator and reach
+the virtual nodes by the plain system calls.
+"""
+
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from sim_session import BUILD, PRELUDE, SIM, SimulatorTest, run, session, without_privileges
+
+REAL_DATA = "/opt/.touch_panel"
+
+
+class Panels(SimulatorTest):
+    def test_a_program_sees_the_default_panel_on_its_hiddev_node(self):
+        result = session("""
+panel = Panel()
+print(panel.id(), panel.name(), panel.text(0x12))
+""")
+        self.assert_prints("3A4C:1688 Zelkora Virtual Resistive usb-0000:00:14.0-1/input0", result)
+
+    def test_a_specification_sets_ids_texts_and_stored_values(self):
+        result = session("""
+panel = Panel()
+print(panel.id(), panel.name(), panel.command("OI"), panel.command("GP56"))
+print(sim("value", "0", "0x10").stdout, end="")
+""", "--panel", 'resistive,id=3b17:0001,maker=Acme,name="Touch, small",firmware=V2.5,beep=0,'
+            "word16=0xABCD")
+        self.assert_prints("3B17:0001 Acme Touch, small V2.5 0000\n43981", result)
+
+    def test_the_first_panel_of_the_command_line_is_listed_first(self):
+        panels = []
+        for number in range(3):
+            panels += ["--panel", "resistive,name=Panel %d,word9=%d" % (number, number)]
+        result = session("""
+for directory, kind in ("/dev/usb", "hiddev"), ("/dev", "hidraw"), ("/dev/input", "event"):
+    print(*[name for name in os.listdir(directory) if kind in name])
+for node in os.listdir("/dev/usb"):
+    panel = Panel("/dev/usb/" + node)
+    print(panel.name(), panel.command("GP09"), panel.text(0x12))
+""", *panels)
+        self.assert_prints("hiddev0 hiddev1 hiddev2\nhidraw0 hidraw1 hidraw2\nevent0 event1 event2\n"
+                           "Zelkora Panel 0 0000 usb-0000:00:14.0-1/input0\n"
+                           "Zelkora Panel 1 0001 usb-0000:00:14.0-2/input0\n"
+                           "Zelkora Panel 2 0002 usb-0000:00:14.0-3/input0", result)
+
+    def test_what_one_process_stores_the_next_one_reads(self):
+        script = session("""
+if len(sys.argv) == 1:
+    print(Panel().command("SP560000"))
+    subprocess.run([sys.executable, "-c", SCRIPT, "again"])
+else:
+    print(Panel().command("GP56"), sim("value", "0", "86").stdout, end="")
+""".replace("SCRIPT", "open('/proc/self/cmdline').read().split(chr(0))[2]"))
+        self.assert_prints("0\n0000 0", script)
+
+    def test_processes_at_work_at_the_same_time_each_get_their_own_answers(self):
+        panels = ["--panel", "resistive"] * 6
+        result = session("""
+children = []
+for number in range(6):
+    child = os.fork()
+    if child == 0:
+        panel = Panel("/dev/usb/hiddev%d" % number)
+        wrong = 0
+        for value in range(10):
+            panel.command("SP56%04X" % (value * 6 + number))
+            wrong += panel.command("GP56") != "%04X" % (value * 6 + number)
+        os._exit(wrong)
+    children.append(child)
+print(sum(os.waitpid(child, 0)[1] for child in children))
+print(*[sim("value", str(number), "86").stdout.strip() for number in range(6)])
+""", *panels)
+        self.assert_prints("0\n54 55 56 57 58 59", result)
+
+    def test_an_unplugged_panel_leaves_open_descriptors_dead_and_no_nodes(self):
+        result = session("""
+panel, other = Panel(), Panel("/dev/usb/hiddev1")
+print(sim("unplug", "0").returncode)
+print(error_of(panel.name), error_of(panel.command, "OI"))
+print(error_of(Panel), os.listdir("/dev/usb"), other.command("OI"))
+print(os.path.exists("/dev/hidraw0"), os.path.exists("/dev/input/event0"))
+again = sim("unplug", "0")
+print(again.returncode, again.stderr, end="")
+""", "--panel", "resistive", "--panel", "resistive")
+        self.assert_prints("0\nENODEV ENODEV\nENOENT ['hiddev1'] V1.2\nFalse False\n"
+                           "1 zelkora-sim: panel 0 is unplugged already", result)
+
+    def test_a_node_of_mode_000_cannot_be_opened_by_anybody(self):
+        script = """
+print(*[error_of(os.open, node, os.O_RDWR)
+        for node in ("/dev/usb/hiddev0", "/dev/hidraw0", "/dev/input/event0")])
+"""
+        self.assert_prints("EACCES done done",
+                           session(script, "--panel", "resistive,hiddev-mode=000"))
+        self.assert_prints("EACCES EACCES EACCES",
+                           session(script, "--panel", "resistive,mode=000"))
+
+    def test_a_silent_panel_is_asked_and_does_not_answer(self):
+        result = session("""
+panel = Panel()
+print(panel.command("OI"))
+sim("silent", "0", "on")
+panel.command("GP56")
+print(sim("frames", "0").stdout, end="")
+sim("silent", "0", "off")
+print(panel.command("GP56"))
+""", "--panel", "resistive,silent-commands=0")
+        self.assert_prints("V1.2\n01 4F 49 0D\n01 47 50 35 36 0D\n0001", result)
+
+    def test_faults_of_a_specification_reach_the_controller(self):
+        result = session("""
+panel = Panel()
+print(panel.command("SP560000"), panel.command("SP560000"), panel.command("GP56"))
+""", "--panel", "resistive,bad-acknowledges=1,stores=77")
+        self.assert_prints("1 0 004D", result)
+
+    def test_a_wrong_specification_is_refused_with_the_reason(self):
+        for specification, reason in [
+                ("projected", "'projected' is no kind of panel; known: resistive"),
+                ("resistive,colour=red", "unknown key 'colour'"),
+                ("resistive,", "unknown key ''"),
+                ("resistive,id=3A4C", "'3A4C' is no value for 'id': expected VVVV:PPPP"),
+                ("resistive,id=3A4C:1688:1", "is no value for 'id'"),
+                ("resistive,id=13A4C:1688", "is no value for 'id'"),
+                ("resistive,mode=0800", "'0800' is no value for 'mode'"),
+                ("resistive,silent=1", "'silent' takes no value"),
+                ("resistive,firmware", "'firmware' needs a value"),
+                ("resistive,name=", "'' is no value for 'name'"),
+                ("resistive,name=\"open", "a double quote is not closed"),
+                ("resistive,word256=1", "'word256=1': expected word0=0 to word255=65535"),
+                ("resistive,word1=65536", "expected word0=0"),
+                ("resistive,word1", "expected word0=0"),
+                ("resistive,stores=-1", "'-1' is no value for 'stores'")]:
+            with self.subTest(specification):
+                self.assert_fails(2, reason, session(["true"], "--panel", specification))
+
+
+class Descriptors(SimulatorTest):
+    def test_a_node_is_found_by_any_of_its_names(self):
+        result = session("""
+os.chdir("/dev/usb")
+os.symlink("/dev/usb/hiddev0", "/dev/shm/touch-%d" % os.getpid())
+usb = os.open("/dev/usb", os.O_RDONLY)
+libc = ctypes.CDLL(None)
+for fd in (os.open("hiddev0", os.O_RDWR), os.open("/dev/../dev//usb/hiddev0", os.O_RDONLY),
+           os.open("/dev/shm/touch-%d" % os.getpid(), os.O_RDWR | os.O_NONBLOCK),
+           os.open("hiddev0", os.O_RDWR, dir_fd=usb),
+           getattr(libc, "__open_2")(b"/dev/usb/hiddev0", os.O_RDWR),
+           getattr(libc, "__openat64_2")(usb, b"hiddev0", os.O_RDWR)):
+    print(Panel(fd).command("OI"))
+os.unlink("/dev/shm/touch-%d" % os.getpid())
+""")
+        self.assert_prints("\n".join(["V1.2"] * 6), result)
+
+    def test_a_descriptor_survives_dup_fork_and_exec(self):
+        result = session("""
+panel = Panel()
+other = os.open("/dev/null", os.O_RDWR)
+os.read(other, 1)
+os.dup2(panel.fd, other)
+print(Panel(other).command("OI"), Panel(os.dup(panel.fd)).command("OI"))
+sys.stdout.flush()
+if os.fork() == 0:
+    print(panel.command("GP58"))
+    sys.stdout.flush()
+    os._exit(0)
+os.wait()
+os.set_inheritable(panel.fd, True)
+script = open("/proc/self/cmdline").read().split(chr(0))[2].split("# script")[0]
+os.execv(sys.executable, [sys.executable, "-c", script + "print(Panel(%d).command('GP59'))" % panel.fd])
+# script
+""".replace("panel = Panel()", "# script\npanel = Panel()", 1))
+        self.assert_prints("V1.2 V1.2\n07D0\n000A", result)
+
+    def test_a_reused_descriptor_number_is_an_ordinary_file_again(self):
+        result = session("""
+panel = Panel()
+panel.name()
+os.close(panel.fd)
+path = "/dev/shm/zelkora-%d" % os.getpid()
+fd = os.open(path, os.O_RDWR | os.O_CREAT, 0o640)
+print(fd == panel.fd, os.write(fd, b"text"), os.lseek(fd, 0, 0), os.read(fd, 9))
+print(oct(os.fstat(fd).st_mode & 0o777), error_of(panel.name))
+os.unlink(path)
+""", umask=0o022)
+        self.assert_prints("True 4 0 b'text'\n0o640 ENOTTY", result)
+
+    def test_a_file_that_a_program_puts_into_dev_stays_a_file(self):
+        result = session(["sh", "-c", "echo text >/dev/notes && cat /dev/notes"],
+                         preexec_fn=None)
+        self.assert_prints("text", result)
+
+    def test_memory_is_treated_as_the_kernel_treats_it(self):
+        result = session("""
+import mmap
+panel = Panel()
+libc = ctypes.CDLL(None, use_errno=True)
+libc.ioctl.argtypes = [ctypes.c_int, ctypes.c_ulong, ctypes.c_void_p]
+
+def ioctl(request, address):
+    done = libc.ioctl(panel.fd, request, address) >= 0
+    return "done" if done else errno.errorcode[ctypes.get_errno()]
+
+memory = mmap.mmap(-1, mmap.PAGESIZE)
+memory.write(FEATURE_1)
+page = ctypes.c_void_p(ctypes.addressof(ctypes.c_char.from_buffer(memory)))
+libc.mprotect(page, mmap.PAGESIZE, mmap.PROT_READ)
+print(ioctl(SET_REPORT, page), ioctl(GET_DEVICE_INFO, page), ioctl(SET_REPORT, 16))
+""")
+        self.assert_prints("done EFAULT EFAULT", result)
+
+    def test_reading_waits_for_input_unless_the_descriptor_does_not_block(self):
+        result = session("""
+hurried = os.open("/dev/hidraw0", os.O_RDWR | os.O_NONBLOCK)
+print(error_of(os.read, hurried, 64))
+patient = os.open("/dev/hidraw0", os.O_RDWR)
+if os.fork() == 0:
+    time.sleep(0.2)
+    sim("unplug", "0")
+    os._exit(0)
+started = time.monotonic()
+print(error_of(os.read, patient, 64), time.monotonic() - started > 0.15)
+""")
+        self.assert_prints("EAGAIN\nEIO True", result)
+
+    def test_closing_is_seen_before_what_the_process_does_next(self):
+        trace = self.path("trace")
+        result = session("""
+for turn in range(200):
+    os.close(os.open("/dev/usb/hiddev0", os.O_RDWR))
+""", "--trace", trace)
+        self.assert_prints("", result)
+        with open(trace) as lines:
+            kinds = [line.split()[0] for line in lines]
+        self.assertEqual(["open", "close"] * 200, kinds)
+
+
+class Sessions(SimulatorTest):
+    def test_the_exit_status_of_the_command_is_passed_on(self):
+        self.assertEqual(7, session(["sh", "-c", "exit 7"]).returncode)
+        self.assertEqual(128 + signal.SIGKILL, session(["sh", "-c", "kill -KILL $$"]).returncode)
+
+    def test_a_command_that_cannot_run_is_named(self):
+        self.assert_fails(127, "cannot run ./missing: No such file", session(["./missing"]))
+        self.assert_fails(126, "cannot run /etc/passwd: Permission denied", session(["/etc/passwd"]))
+
+    def test_arguments_reach_the_command_unchanged(self):
+        words = ["--panel", "-x", "", "a b", "--", "value"]
+        result = session(["sh", "-c", 'printf "<%s>" "$@"', "sh", *words])
+        self.assert_prints("".join("<%s>" % word for word in words), result)
+
+    def test_nothing_to_run_is_a_usage_error(self):
+        self.assert_fails(2, "nothing to run", run([SIM, "--no-waits"]))
+
+    def test_the_session_ends_with_its_command_and_not_with_what_that_left_running(self):
+        marker = self.path("marker")
+        script = "(while ! [ -e %s ]; do sleep 0.05; done) >/dev/null 2>&1 & exit 3" % marker
+        started = time.monotonic()
+        result = session(["sh", "-c", script])
+        open(marker, "w").close()
+        self.assertEqual(3, result.returncode)
+        self.assertLess(time.monotonic() - started, 30)
+
+    def test_a_process_left_running_is_told_that_the_panels_are_gone(self):
+        report = self.path("report")
+        result = session("""
+panel = Panel()
+if os.fork() == 0:
+    os.close(1); os.close(2)
+    parent = os.getppid()
+    while error_of(panel.name) == "done":
+        time.sleep(0.02)
+    late = sim("value", "0", "86")
+    text = "%s %s %d %s" % (error_of(panel.name), error_of(Panel), late.returncode, late.stderr)
+    with open(REPORT + ".new", "w") as file:
+        file.write(text)
+    os.rename(REPORT + ".new", REPORT)
+""".replace("REPORT", repr(report)))
+        self.assert_prints("", result)
+        for _ in range(200):
+            if os.path.exists(report):
+                break
+            time.sleep(0.05)
+        with open(report) as file:
+            self.assertEqual("ENODEV ENODEV 2 zelkora-sim: the session is over; its panels are gone\n",
+                             file.read())
+
+    def test_a_termination_signal_reaches_the_command(self):
+        ready = self.path("ready")
+        script = "trap 'exit 5' TERM; touch %s; while :; do sleep 0.05; done" % ready
+        runner = subprocess.Popen([SIM, "--", "sh", "-c", script])
+        for _ in range(200):
+            if os.path.exists(ready):
+                break
+            time.sleep(0.05)
+        runner.terminate()
+        self.assertEqual(5, runner.wait(timeout=30))
+
+    def test_a_session_holds_no_second_one(self):
+        self.assert_fails(2, "this is a session already", session([SIM, "--", "true"]))
+
+    def test_waits_are_skipped_only_when_asked_for(self):
+        script = """
+libc = ctypes.CDLL(None)
+start = time.monotonic()
+libc.usleep(WAIT)
+libc.sleep(WAIT // 1000000)
+print(time.monotonic() - start < WAIT / 1e6)
+"""
+        self.assert_prints("False", session(script.replace("WAIT", "200000")))
+        self.assert_prints("True", session(script.replace("WAIT", "20000000"), "--no-waits"))
+
+    def test_the_trace_names_every_call(self):
+        trace = self.path("trace")
+        result = session("Panel().command('OI')", "--trace", trace)
+        self.assert_prints("", result)
+        with open(trace) as file:
+            lines = file.read().splitlines()
+        self.assertEqual("open /dev/usb/hiddev0 O_RDWR|O_CLOEXEC", lines[0])
+        self.assertIn("ioctl HIDIOCSREPORT type=3 id=1", lines)
+        self.assertIn("set_report 1: 04 01 4F 49 0D", lines)
+        self.assertIn("get_report 1: 06 01 56 31 2E 32 0D", lines)
+        self.assertEqual("close /dev/usb/hiddev0", lines[-1])
+
+    def test_a_trace_that_cannot_be_written_ends_the_session_before_it_begins(self):
+        missing = self.path("missing/trace")
+        self.assert_fails(1, "cannot write %s: No such file" % missing,
+                          session(["true"], "--trace", missing))
+
+    def test_a_build_directory_may_have_any_name(self):
+        place = self.path("a b:c")
+        os.mkdir(place)
+        for name in ("zelkora-sim", "libzelkora-sim-preload.so"):
+            shutil.copy(os.path.join(BUILD, name), place)
+        result = run([os.path.join(place, "zelkora-sim"), "--", sys.executable, "-c",
+                      PRELUDE + "print(Panel().name())"])
+        self.assert_prints("Zelkora Virtual Resistive", result)
+
+    def test_a_missing_preload_library_is_named(self):
+        shutil.copy(SIM, self.directory)
+        result = run([self.path("zelkora-sim"), "--", "true"])
+        self.assert_fails(1, "libzelkora-sim-preload.so is missing", result)
+
+
+class DataDirectory(SimulatorTest):
+    def listing(self):
+        return sorted(os.listdir(REAL_DATA)) if os.path.isdir(REAL_DATA) else None
+
+    def test_the_data_directory_is_private_and_everybody_may_write_to_it(self):
+        before = self.listing()
+        result = session(["sh", "-c", "echo x >%s/mark && stat -c %%a %s && cat %s/mark"
+                          % (REAL_DATA, REAL_DATA, REAL_DATA)])
+        self.assert_prints("777\nx", result)
+        self.assertEqual(before, self.listing())
+
+    def test_the_name_lists_hold_the_panels_presented(self):
+        result = session(["sh", "-c", "cd %s && cat rmanuflist.conf && wc -c <manuflist.conf"
+                          % REAL_DATA], "--panel", "resistive", "--panel", "resistive,name=Other",
+                         "--panel", "resistive")
+        self.assert_prints("Virtual Resistive\nOther\n0", result)
+
+    def test_a_given_data_directory_is_kept_with_the_lists_in_it(self):
+        data = self.path("new/data")
+        self.assert_prints("", session(["sh", "-c", "echo 1 >%s/kept" % REAL_DATA], "--data", data))
+        self.assertEqual(["kept", "manuflist.conf", "rmanuflist.conf"], sorted(os.listdir(data)))
+        with open(os.path.join(data, "rmanuflist.conf"), "w") as file:
+            file.write("Mine\n")
+        script = "cat %s/kept %s/rmanuflist.conf" % (REAL_DATA, REAL_DATA)
+        self.assert_prints("1\nMine", session(["sh", "-c", script], "--data", data))
+
+    def test_the_devices_of_the_machine_are_out_of_reach(self):
+        result = session(["sh", "-c", "echo /dev/tty[A-Z]* /dev/loop* /dev/hid* /dev/usb/*"])
+        self.assert_prints("/dev/tty[A-Z]* /dev/loop* /dev/hidraw0 /dev/usb/hiddev0", result)
+
+
+class Queries(SimulatorTest):
+    def test_outside_a_session_every_query_says_so(self):
+        for words in (["value", "0", "86"], ["permanent", "0", "86"], ["set", "0", "86", "1"],
+                      ["silent", "0", "on"], ["unplug", "0"], ["frames", "0"]):
+            with self.subTest(words[0]):
+                self.assert_fails(2, "there is no session here", run([SIM, *words]))
+
+    def test_a_value_is_set_behind_the_back_of_the_host_and_not_made_permanent(self):
+        result = session("""
+print(sim("set", "0", "86", "0xFFFF").returncode, Panel().command("GP56"))
+print(sim("value", "0", "86").stdout + sim("permanent", "0", "86").stdout, end="")
+Panel().command("PL")
+print(sim("permanent", "0", "86").stdout, end="")
+""")
+        self.assert_prints("0 FFFF\n65535\n1\n65535", result)
+
+    def test_a_wrong_query_is_refused_with_the_reason(self):
+        result = session("""
+for words in ("value 1 86", "value x 86", "value 0 256", "set 0 86 65536", "silent 0 maybe",
+              "value 0", "value 0 86 1"):
+    answer = sim(*words.split())
+    print(answer.returncode, answer.stdout + answer.stderr.splitlines()[0])
+""")
+        self.assertEqual(0, result.returncode, result.stderr)
+        lines = result.stdout.splitlines()
+        self.assertEqual(["3 zelkora-sim: there is no panel 1; the session has 1, counted from 0",
+                          "2 zelkora-sim: PANEL is a number, counted from 0",
+                          "2 zelkora-sim: ADDRESS lies in 0..255",
+                          "2 zelkora-sim: ADDRESS lies in 0..255, VALUE in 0..65535",
+                          "2 zelkora-sim: silent PANEL is followed by on or off"], lines[:5])
+        self.assertEqual(["2", "2"], [line[0] for line in lines[5:]])
+
+    def test_an_answer_longer_than_a_message_comes_whole(self):
+        result = session("""
+panel = Panel()
+for turn in range(150):
+    panel.send(b"\\x01EW\\x01" + bytes([turn]) * 32 + b"\\r")
+print(sim("frames", "0").stdout, end="")
+""")
+        expected = ["01 45 57 01 " + "%02X " % turn * 32 + "0D" for turn in range(150)]
+        self.assert_prints("\n".join(expected), result)
+
+
+@unittest.skipUnless(os.getuid() == 0, "only root can give its privileges up")
+class OrdinaryUser(SimulatorTest):
+    def test_a_process_without_privileges_is_stopped_by_the_permissions_of_a_node(self):
+        result = session("""
+os.setgroups([]); os.setgid(65534); os.setuid(65534)
+print(error_of(Panel), Panel("/dev/usb/hiddev1").name())
+""", "--panel", "resistive", "--panel", "resistive,mode=0666")
+        self.assert_prints("EACCES Zelkora Virtual Resistive", result)
+
+    def test_an_ordinary_user_gets_a_session_from_a_user_namespace(self):
+        namespaces = run(["unshare", "--user", "--mount", "true"], preexec_fn=without_privileges)
+        if namespaces.returncode != 0:
+            self.skipTest("this machine allows no user namespaces")
+        for name in ("zelkora-sim", "libzelkora-sim-preload.so"):
+            shutil.copy(os.path.join(BUILD, name), self.directory)
+        script = "stat -c '%%U %%a' /dev/usb/hiddev0; %s set 0 86 9; %s value 0 86; id -u" % (
+            (self.path("zelkora-sim"),) * 2)
+        result = run([self.path("zelkora-sim"), "--", "sh", "-c", script], cwd="/",
+                     preexec_fn=without_privileges)
+        self.assert_prints("nobody 600\n9\n65534", result)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// The host process of the tests: what its hooks answer to the library.
+#pragma once
+
+#include <array>
+
+#include "zelkora.h"
+
+namespace zelkora::test {
+
+struct Host {
+  std::array<unsigned char, ZELKORA_CONFIG_BYTES> config = {1};  // resistive panels, old ids
+  unsigned char config_read = 1;                                 // result of Read_Config()
+  int debug = 0;
+  int config_reads = 0;  // calls of Read_Config()
+};
+
+// Every test of a Bench starts with a fresh one.
+extern Host g_host;
+
+// Sets every exported variable back to what it is at load.
+void reset_library_state();
+
+}  // namespace zelkora::test

@@ -1,0 +1,254 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// The C library calls that the test executable answers itself: see seams.h.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/utsname.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "seams.h"
+
+using zelkora::test::next;
+using zelkora::test::Seams;
+
+namespace {
+
+// True: the test asked this call on that file to fail; errno is set.
+template <typename File>
+bool spoiled(const char* call, File file) {
+  Seams* seams = Seams::active();
+  if (seams == nullptr) return false;
+  const std::optional<int> error = seams->file_fault(call, file);
+  if (error) errno = *error;
+  return error.has_value();
+}
+
+bool served(int descriptor) {
+  return Seams::active() != nullptr && Seams::active()->serves(descriptor);
+}
+
+std::string formatted(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  std::string text(static_cast<size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
+}  // namespace
+
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+  mode_t mode = 0;
+  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+    va_list arguments;
+    va_start(arguments, flags);
+    mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+  }
+  if (Seams* seams = Seams::active()) {
+    if (const std::optional<int> descriptor = seams->open(path, flags)) return *descriptor;
+  }
+  if (spoiled("open", path)) return -1;
+  static const auto real = next<decltype(&::open)>("open");
+  return real(path, flags, mode);
+}
+
+int close(int descriptor) {
+  if (served(descriptor)) Seams::active()->close(descriptor);
+  static const auto real = next<decltype(&::close)>("close");
+  return real(descriptor);
+}
+
+int ioctl(int descriptor, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (served(descriptor)) return Seams::active()->ioctl(descriptor, request, argument);
+  static const auto real = next<decltype(&::ioctl)>("ioctl");
+  return real(descriptor, request, argument);
+}
+
+ssize_t read(int descriptor, void* room, size_t size) {
+  if (served(descriptor)) {
+    return Seams::active()->read(descriptor, {static_cast<uint8_t*>(room), size});
+  }
+  if (spoiled("read", descriptor)) return -1;
+  static const auto real = next<decltype(&::read)>("read");
+  return real(descriptor, room, size);
+}
+
+ssize_t write(int descriptor, const void* bytes, size_t size) {
+  if (served(descriptor)) {
+    return Seams::active()->write(descriptor, {static_cast<const uint8_t*>(bytes), size});
+  }
+  if (spoiled("write", descriptor)) return -1;
+  static const auto real = next<decltype(&::write)>("write");
+  return real(descriptor, bytes, size);
+}
+
+int usleep(useconds_t microseconds) {
+  if (Seams* seams = Seams::active()) {
+    seams->trace.push_back("usleep " + std::to_string(microseconds));
+    return 0;
+  }
+  static const auto real = next<decltype(&::usleep)>("usleep");
+  return real(microseconds);
+}
+
+unsigned sleep(unsigned seconds) {
+  if (Seams* seams = Seams::active()) {
+    seams->trace.push_back("sleep " + std::to_string(seconds));
+    return 0;
+  }
+  static const auto real = next<decltype(&::sleep)>("sleep");
+  return real(seconds);
+}
+
+int uname(struct utsname* name) noexcept {
+  static const auto real = next<decltype(&::uname)>("uname");
+  const int result = real(name);
+  if (Seams* seams = Seams::active()) {
+    seams->trace.emplace_back("uname");
+    std::snprintf(name->release, sizeof name->release, "%s", seams->kernel_release.c_str());
+  }
+  return result;
+}
+
+int system(const char* command) {
+  if (Seams* seams = Seams::active()) return seams->run(command);
+  static const auto real = next<decltype(&::system)>("system");
+  return real(command);
+}
+
+FILE* popen(const char* command, const char* mode) {
+  if (Seams* seams = Seams::active()) return seams->open_pipe(command);
+  static const auto real = next<decltype(&::popen)>("popen");
+  return real(command, mode);
+}
+
+int pclose(FILE* pipe) {
+  if (Seams* seams = Seams::active()) {
+    if (const std::optional<int> status = seams->close_pipe(pipe)) return *status;
+  }
+  static const auto real = next<decltype(&::pclose)>("pclose");
+  return real(pipe);
+}
+
+int tcgetattr(int descriptor, struct termios* settings) noexcept {
+  if (served(descriptor)) {
+    *settings = Seams::active()->terminal(descriptor);
+    return Seams::active()->terminal_call(descriptor, "tcgetattr");
+  }
+  static const auto real = next<decltype(&::tcgetattr)>("tcgetattr");
+  return real(descriptor, settings);
+}
+
+int tcsetattr(int descriptor, int when, const struct termios* settings) noexcept {
+  if (served(descriptor)) {
+    Seams::active()->terminal(descriptor) = *settings;
+    constexpr std::array kWhen = {"TCSANOW", "TCSADRAIN", "TCSAFLUSH"};
+    return Seams::active()->terminal_call(
+        descriptor, std::string("tcsetattr ") + kWhen.at(static_cast<size_t>(when)));
+  }
+  static const auto real = next<decltype(&::tcsetattr)>("tcsetattr");
+  return real(descriptor, when, settings);
+}
+
+int tcflush(int descriptor, int queue) noexcept {
+  if (served(descriptor)) {
+    constexpr std::array kQueue = {"TCIFLUSH", "TCOFLUSH", "TCIOFLUSH"};
+    return Seams::active()->terminal_call(
+        descriptor, std::string("tcflush ") + kQueue.at(static_cast<size_t>(queue)));
+  }
+  static const auto real = next<decltype(&::tcflush)>("tcflush");
+  return real(descriptor, queue);
+}
+
+// The library prints the prefix of a message with fputs() and the message with vprintf().
+int fputs(const char* text, FILE* stream) {
+  static const auto real = next<decltype(&::fputs)>("fputs");
+  Seams* seams = Seams::active();
+  if (seams == nullptr || stream != stdout) return real(text, stream);
+  seams->print_prefix(text);
+  return seams->show_output ? real(text, stream) : 0;
+}
+
+int vprintf(const char* format, va_list arguments) {
+  static const auto real = next<decltype(&::vprintf)>("vprintf");
+  Seams* seams = Seams::active();
+  if (seams == nullptr) return real(format, arguments);
+  va_list again;
+  va_copy(again, arguments);
+  const std::string text = formatted(format, again);
+  va_end(again);
+  seams->print(text);
+  return seams->show_output ? real(format, arguments) : static_cast<int>(text.size());
+}
+
+void perror(const char* text) {
+  if (Seams* seams = Seams::active()) {
+    seams->trace.push_back(std::string("perror ") + text);
+    return;
+  }
+  static const auto real = next<decltype(&::perror)>("perror");
+  real(text);
+}
+
+FILE* fopen(const char* path, const char* mode) {
+  if (spoiled("fopen", path)) return nullptr;
+  static const auto real = next<decltype(&::fopen)>("fopen");
+  return real(path, mode);
+}
+
+DIR* opendir(const char* path) {
+  if (spoiled("opendir", path)) return nullptr;
+  static const auto real = next<decltype(&::opendir)>("opendir");
+  return real(path);
+}
+
+int mkostemp(char* pattern, int flags) {
+  if (spoiled("mkostemp", pattern)) return -1;
+  static const auto real = next<decltype(&::mkostemp)>("mkostemp");
+  return real(pattern, flags);
+}
+
+int rename(const char* from, const char* to) noexcept {
+  if (spoiled("rename", to)) return -1;
+  static const auto real = next<decltype(&::rename)>("rename");
+  return real(from, to);
+}
+
+int fsync(int descriptor) {
+  if (spoiled("fsync", descriptor)) return -1;
+  static const auto real = next<decltype(&::fsync)>("fsync");
+  return real(descriptor);
+}
+
+int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+  if (spoiled("fchown", descriptor)) return -1;
+  static const auto real = next<decltype(&::fchown)>("fchown");
+  return real(descriptor, owner, group);
+}
+
+int ftruncate(int descriptor, off_t size) noexcept {
+  if (spoiled("ftruncate", descriptor)) return -1;
+  static const auto real = next<decltype(&::ftruncate)>("ftruncate");
+  return real(descriptor, size);
+}
+
+}  // extern "C"

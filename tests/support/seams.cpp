@@ -1,0 +1,161 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "seams.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace zelkora::test {
+namespace {
+
+Seams* g_active = nullptr;
+
+constexpr std::string_view kOrdinaryNodes[] = {
+    "/dev/null",  "/dev/zero",  "/dev/full",  "/dev/random", "/dev/urandom",
+    "/dev/tty",   "/dev/ptmx",  "/dev/stdin", "/dev/stdout", "/dev/stderr",
+    "/dev/pts/*", "/dev/shm/*", "/dev/fd/*",
+};
+
+bool matches(std::string_view pattern, std::string_view path) {
+  if (!pattern.ends_with('*')) return pattern == path;
+  pattern.remove_suffix(1);
+  return path.starts_with(pattern);
+}
+
+bool is_device(std::string_view path) {
+  return path.starts_with("/dev/") &&
+         std::ranges::none_of(kOrdinaryNodes,
+                              [&](std::string_view node) { return matches(node, path); });
+}
+
+template <typename Result>
+Result to_errno(Result result) {
+  if (result >= 0) return result;
+  errno = static_cast<int>(-result);
+  return -1;
+}
+
+// A real descriptor stands in for a virtual node, so that descriptor numbers behave as usual.
+int stand_in(int flags) {
+  static const auto real_open = next<decltype(&::open)>("open");
+  return real_open("/dev/null", flags & (O_ACCMODE | O_CLOEXEC | O_NONBLOCK));
+}
+
+}  // namespace
+
+void* next_function(const char* name) { return dlsym(RTLD_NEXT, name); }
+
+Seams* Seams::active() { return g_active; }
+
+Seams::Seams() {
+  kernel.set_trace([this](std::string line) { trace.push_back(std::move(line)); });
+  g_active = this;
+}
+
+Seams::~Seams() { g_active = nullptr; }
+
+std::optional<int> Seams::open(const std::string& path, int flags) {
+  if (!is_device(path)) return std::nullopt;
+  if (!kernel.owns(path) && !absent_nodes.contains(path)) {
+    ADD_FAILURE() << "device access that no test set up: open " << path;
+  }
+  const int handle = kernel.open(path, flags);
+  if (handle < 0) return to_errno(handle);
+  const int descriptor = stand_in(flags);
+  open_nodes_[descriptor] = {handle, path};
+  return descriptor;
+}
+
+void Seams::close(int descriptor) {
+  const auto node = open_nodes_.extract(descriptor);
+  kernel.close(node.mapped().handle);
+}
+
+int Seams::ioctl(int descriptor, unsigned long request, void* argument) {
+  return to_errno(kernel.ioctl(open_nodes_.at(descriptor).handle, request, argument));
+}
+
+ssize_t Seams::read(int descriptor, std::span<uint8_t> room) {
+  return to_errno(kernel.read(open_nodes_.at(descriptor).handle, room));
+}
+
+ssize_t Seams::write(int descriptor, std::span<const uint8_t> bytes) {
+  return to_errno(kernel.write(open_nodes_.at(descriptor).handle, bytes));
+}
+
+int Seams::terminal_call(int descriptor, const std::string& line) {
+  trace.push_back(line + " " + open_nodes_.at(descriptor).path);
+  return 0;
+}
+
+void Seams::print(const std::string& text) {
+  messages.push_back(prefix_ + text);
+  prefix_.clear();
+  std::string line = messages.back();
+  if (line.ends_with('\n')) line.pop_back();
+  trace.push_back("log " + line);
+}
+
+CommandAnswer Seams::answer(const std::string& command) {
+  const auto found = std::ranges::find(commands, command, &CommandAnswer::command);
+  if (found != commands.end()) return *found;
+  if (!any_command) ADD_FAILURE() << "shell command that no test set up: " << command;
+  return {.command = command};
+}
+
+int Seams::run(const std::string& command) {
+  trace.push_back("system " + command);
+  const CommandAnswer given = answer(command);
+  if (given.effect) given.effect();
+  return given.status;
+}
+
+FILE* Seams::open_pipe(const std::string& command) {
+  trace.push_back("popen " + command);
+  const CommandAnswer given = answer(command);
+  if (given.effect) given.effect();
+  FILE* pipe = std::tmpfile();
+  std::fwrite(given.output.data(), 1, given.output.size(), pipe);
+  std::rewind(pipe);
+  pipes_[pipe] = {given.output, given.status};
+  return pipe;
+}
+
+std::optional<int> Seams::close_pipe(FILE* pipe) {
+  const auto found = pipes_.extract(pipe);
+  if (found.empty()) return std::nullopt;
+  trace.push_back("pclose");
+  std::fclose(pipe);
+  return found.mapped().status;
+}
+
+void Seams::fail_file_call(std::string call, std::string path, int error, int skipped) {
+  file_faults_.push_back({std::move(call), std::move(path), error, skipped});
+}
+
+std::optional<int> Seams::file_fault(std::string_view call, std::string_view path) {
+  for (FileFault& fault : file_faults_) {
+    if (fault.call != call || !matches(fault.path, path)) continue;
+    if (fault.skipped-- > 0) return std::nullopt;
+    const int error = fault.error;
+    file_faults_.erase(file_faults_.begin() + (&fault - file_faults_.data()));
+    return error;
+  }
+  return std::nullopt;
+}
+
+std::optional<int> Seams::file_fault(std::string_view call, int descriptor) {
+  if (file_faults_.empty()) return std::nullopt;
+  char path[4096];
+  const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+  const ssize_t length = ::readlink(link.c_str(), path, sizeof path);
+  if (length < 0) return std::nullopt;
+  return file_fault(call, std::string_view(path, static_cast<size_t>(length)));
+}
+
+}  // namespace zelkora::test
