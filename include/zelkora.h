@@ -261,8 +261,9 @@ void GetTouchDeviceName(int index, char* out);
 void GetTouchDeviceID(int index, char* out);
 void GetTouchDeviceFw(int index, char* out);
 
-/* Looks up the input event node of entry `index` (0..3) and copies its path to `out`, 36 bytes;
- * an empty text when none was found. */
+/* Looks up the input event node of entry `index` (0..3) and copies its path to `out`, 36 bytes:
+ * an empty text when none was ever found, the one found before when it has gone since the last
+ * enumeration. */
 void GetEventDeviceName(int index, char* out);
 
 /* Enumerates all panels, then copies the node path of entry `number`, counted from 1 (1..4), to
@@ -450,7 +451,9 @@ unsigned int HidRaw_Set_Feature(const void* data, unsigned int length);
 unsigned int HidRaw_Get_Feature(unsigned int report_id, void* out, unsigned int length);
 
 /* The same for either interface, chosen by the variable HidRaw. A report sent through hidraw is
- * always 64 bytes long. Results are cut to 8 bits: a count of 256 reads as failure. */
+ * always 64 bytes long. One received through hiddev fills `out` with the whole report, up to 64
+ * bytes, whatever `length` is; through hidraw with length - 1 bytes. Results are cut to 8 bits: a
+ * count of 256 reads as failure. */
 unsigned char SendDataNew(const unsigned char* data, unsigned int length);
 unsigned char ReceiveDataNew(unsigned int report_id, unsigned char* out, unsigned int length);
 

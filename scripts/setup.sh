@@ -52,19 +52,20 @@ need_test_packages() {
 
 # To test them on a real kernel.
 need_kernel_packages() {
-    need qemu-system-x86 busybox-static cpio xz-utils
+    need qemu-system-x86 busybox-static cpio jq xz-utils
 }
 
-# Configures a preset and builds it.
+# Configures a preset and builds it, or the named targets of it.
 build() {
-    local preset=$1
+    local preset=$1 target=()
     shift
-    cmake --preset "$preset" "$@" >"$log_folder/configure-$preset.log" 2>&1 || {
+    (($# == 0)) || target=(--target "$@")
+    cmake --preset "$preset" >"$log_folder/configure-$preset.log" 2>&1 || {
         cat "$log_folder/configure-$preset.log" >&2
         stop "cannot configure the build '$preset'"
     }
     grep -E '^-- (left out|zelkora)' "$log_folder/configure-$preset.log" | sed 's/^-- //'
-    cmake --build --preset "$preset" >"$log_folder/build-$preset.log" 2>&1 || {
+    cmake --build --preset "$preset" "${target[@]}" >"$log_folder/build-$preset.log" 2>&1 || {
         tail -n 60 "$log_folder/build-$preset.log" >&2
         stop "cannot build '$preset'"
     }

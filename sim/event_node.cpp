@@ -10,6 +10,11 @@
 #include "request_name.h"
 
 namespace zelkora::sim {
+namespace {
+
+constexpr uint16_t kHidVersion = 0x0111;  // of the HID descriptor, not of the device
+
+}  // namespace
 
 int EventNode::ioctl(unsigned long request, void* argument) {
   if (_IOC_SIZE(request) > 0 && argument == nullptr) return -EFAULT;
@@ -20,7 +25,7 @@ int EventNode::ioctl(unsigned long request, void* argument) {
       *static_cast<int*>(argument) = EV_VERSION;
       return 0;
     case EVIOCGID:
-      *static_cast<input_id*>(argument) = {BUS_USB, identity.vendor, identity.product, 0x0100};
+      *static_cast<input_id*>(argument) = {BUS_USB, identity.vendor, identity.product, kHidVersion};
       return 0;
     default:
       break;
@@ -40,8 +45,9 @@ ssize_t EventNode::read(std::span<uint8_t> room) {
 }
 
 ssize_t EventNode::write(std::span<const uint8_t> bytes) {
-  // Events for the device, such as its lamps: taken, and without effect.
-  return bytes.size() < sizeof(input_event) ? -EINVAL : static_cast<ssize_t>(bytes.size());
+  // Events for the device, such as its lamps: whole ones are taken, and without effect.
+  const size_t taken = bytes.size() - bytes.size() % sizeof(input_event);
+  return taken == 0 ? -EINVAL : static_cast<ssize_t>(taken);
 }
 
 DeviceNode::AfterUnplug EventNode::after_unplug() const {

@@ -157,7 +157,7 @@ std::optional<Bytes> ResistiveUsb::get_feature(uint8_t id) {
   if (reply_.empty()) return std::nullopt;  // a silent controller stalls the request
   Bytes payload{static_cast<uint8_t>(reply_.size())};
   payload.insert(payload.end(), reply_.begin(), reply_.end());
-  payload.resize(std::min<size_t>(payload.size(), report_.usage_count));
+  payload.resize(report_.usage_count);  // always the whole report
   return payload;
 }
 

@@ -40,6 +40,10 @@ class ResistiveController {
 
   uint16_t value(uint8_t address) const { return values_[address]; }
   void set_value(uint8_t address, uint16_t value) { values_[address] = value; }
+  // As the panel was delivered: the value survives a reset.
+  void set_stored_value(uint8_t address, uint16_t value) {
+    values_[address] = permanent_values_[address] = value;
+  }
   // The values that survive a reset: those of the last "PL".
   uint16_t permanent_value(uint8_t address) const { return permanent_values_[address]; }
 

@@ -79,10 +79,11 @@ class VirtualKernel {
   //   ioctl HIDIOCGDEVINFO, HIDIOCGRAWINFO, HIDIOCGNAME 256, HIDIOCGPHYS 256, HIDIOCGRAWNAME 256,
   //         HIDIOCGRAWPHYS 256, EVIOCGNAME 256, EVIOCGPHYS 256
   //   ioctl HIDIOCSFEATURE 64, ioctl HIDIOCGFEATURE 64
-  //   set_report 1: 04 01 4F 49 0D        (payload as it reaches the device, trailing zeros left
-  //   out) get_report 1: 06 01 56 31 2E 32 0D  (the same for the answer; "stall" when there is
-  //   none) write /dev/ttyS0: 01 5A 5A 0D read /dev/ttyS0 10: 01 30 0D        (the limit, then the
-  //   bytes)
+  //   set_report 1: 04 01 4F 49 0D        (payload as it reaches the device, without its trailing
+  //                                        zeros)
+  //   get_report 1: 06 01 56 31 2E 32 0D  (the same for the answer; "stall" when there is none)
+  //   write /dev/ttyS0: 01 5A 5A 0D
+  //   read /dev/ttyS0 10: 01 30 0D        (the limit, then the bytes)
   // A failing call has " -> ENODEV" (or another errno name) at its end.
   void set_trace(std::function<void(std::string)> trace);
 

@@ -14,9 +14,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "../private_root.h"
 #include "command.h"
 #include "panels.h"
+#include "private_root.h"
 #include "protocol.h"
 #include "queries.h"
 #include "server.h"

@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "../private_root.h"
+#include "private_root.h"
 
 namespace zelkora::sim {
 namespace {
@@ -85,7 +85,7 @@ Panels::Panel::Panel(const PanelSpec& description, size_t number)
     : usb(controller, description.identity), nodes(nodes_of(number)), spec(description) {
   controller.set_firmware(spec.firmware);
   controller.faults = spec.faults;
-  for (const auto& [address, value] : spec.words) controller.set_value(address, value);
+  for (const auto& [address, value] : spec.words) controller.set_stored_value(address, value);
 }
 
 Panels::Panels(std::span<const PanelSpec> specs) {

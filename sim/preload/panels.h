@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "../virtual_kernel.h"
 #include "panel_spec.h"
+#include "virtual_kernel.h"
 
 namespace zelkora::sim {
 

@@ -14,7 +14,7 @@
 #include <optional>
 
 #include "protocol.h"
-#include "text.h"
+#include "typed_text.h"
 
 namespace zelkora::sim {
 namespace {

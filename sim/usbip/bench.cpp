@@ -8,7 +8,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "../preload/text.h"
+#include "typed_text.h"
 
 namespace zelkora::sim {
 namespace {
@@ -44,7 +44,7 @@ struct Bench::Panel {
   explicit Panel(const PanelSpec& spec) : usb(controller, spec.identity) {
     controller.set_firmware(spec.firmware);
     controller.faults = spec.faults;
-    for (const auto& [word, value] : spec.words) controller.set_value(word, value);
+    for (const auto& [word, value] : spec.words) controller.set_stored_value(word, value);
   }
 
   ResistiveController controller;

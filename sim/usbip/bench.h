@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "../preload/panel_spec.h"
+#include "panel_spec.h"
 #include "usbip_server.h"
 
 namespace zelkora::sim {

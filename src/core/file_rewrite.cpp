@@ -47,18 +47,26 @@ void sync_directory(const char* path) {
 
 enum class Outcome { kDone, kFailed, kForbidden };
 
-// Forbidden: no file like the old one can be made in its directory.
+// What creating a file beside the old one came to. A directory that may not be written, or a name
+// that does not fit, forbids it; a full disk must not lead to writing over the old content.
+Outcome outcome_of_error(int error) {
+  const bool forbidden =
+      error == EACCES || error == EPERM || error == EROFS || error == ENAMETOOLONG;
+  return forbidden ? Outcome::kForbidden : Outcome::kFailed;
+}
+
 Outcome write_beside(const char* path, const struct stat& old, std::string_view content) {
   char temporary[PATH_MAX];
   const int length = std::snprintf(temporary, sizeof temporary, "%s.XXXXXX", path);
   if (length < 0 || static_cast<size_t>(length) >= sizeof temporary) return Outcome::kForbidden;
   const ScopedFd descriptor(mkostemp(temporary, O_CLOEXEC));
-  if (!descriptor) return Outcome::kForbidden;
+  if (!descriptor) return outcome_of_error(errno);
 
   if (fchown(descriptor.get(), old.st_uid, old.st_gid) != 0 ||
       fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
+    const Outcome outcome = outcome_of_error(errno);
     unlink(temporary);
-    return Outcome::kForbidden;
+    return outcome;
   }
   if (!write_all(descriptor.get(), content) || fsync(descriptor.get()) != 0 ||
       rename(temporary, path) != 0) {
@@ -72,16 +80,20 @@ Outcome write_beside(const char* path, const struct stat& old, std::string_view 
 }  // namespace
 
 bool replace_file(const char* path, std::string_view content) {
+  struct stat status;
+  const bool existed = lstat(path, &status) == 0;
   // Opened for writing first: a file that its user may not write stays as it is, even where its
   // directory would let it be replaced.
   const ScopedFd target(::open(path, O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
-  struct stat status;
   if (!target || lstat(path, &status) != 0) return false;
-  if (S_ISREG(status.st_mode)) {
-    const Outcome outcome = write_beside(path, status, content);
-    if (outcome != Outcome::kForbidden) return outcome == Outcome::kDone;
+  Outcome outcome = Outcome::kForbidden;
+  if (S_ISREG(status.st_mode)) outcome = write_beside(path, status, content);
+  if (outcome == Outcome::kForbidden) {
+    outcome = write_in_place(target.get(), content) ? Outcome::kDone : Outcome::kFailed;
   }
-  return write_in_place(target.get(), content);
+  if (outcome == Outcome::kDone) return true;
+  if (!existed) unlink(path);
+  return false;
 }
 
 }  // namespace zelkora

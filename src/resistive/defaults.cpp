@@ -24,8 +24,8 @@ void GetResParamDefault(ResDevInfo* rec) {
   rec->PlayMethod = read_byte("PlayMethod", 1);
   rec->Frequency = static_cast<unsigned>(read("Frequency", 2000));
   rec->Duration = read_byte("Duration", 10);
-  // The file counts screens from 1.
-  rec->ScreenNumber = static_cast<unsigned char>(read("ScreenNumber", 1) - 1);
+  // The file counts screens from 1. Cut first: the smallest number has none before it.
+  rec->ScreenNumber = static_cast<unsigned char>(read_byte("ScreenNumber", 1) - 1);
   rec->DisableRight = read_byte("DisableRight", 0);
   rec->RightTime = read_byte("RightTime", 4);
   rec->FirstMove = read_byte("FirstMove", 1);

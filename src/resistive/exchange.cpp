@@ -15,8 +15,9 @@ void wait_us(unsigned microseconds) {
   if (microseconds != 0) usleep(microseconds);
 }
 
-// An attempt whose send failed still waits and reads: the reply alone decides.
-bool carry(const Command& command, Frame frame, Reply& reply) {
+// One attempt. One whose send failed still waits and reads: the reply alone decides. For any other
+// kind of device nothing is sent, and the reply stays empty, which no command accepts.
+void carry(const Command& command, Frame frame, Reply& reply) {
   reply = {};
   switch (device_type) {
     case ZELKORA_TYPE_RESISTIVE_USB:
@@ -32,19 +33,18 @@ bool carry(const Command& command, Frame frame, Reply& reply) {
       break;
     }
     default:
-      return false;
+      return;
   }
   wait_us(command.settle_us);
-  return true;
 }
 
 }  // namespace
 
 bool exchange(const Command& command, Frame frame, Reply& reply) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const bool carried = carry(command, frame, reply);
+    carry(command, frame, reply);
     if (command.log_attempt != nullptr) command.log_attempt(reply);
-    if (carried && command.accepts(reply, frame)) return true;
+    if (command.accepts(reply, frame)) return true;
   }
   return false;
 }

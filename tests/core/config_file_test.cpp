@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 //
 // Reading key=value files. Every test also sees that no file is left open.
-#include <cerrno>
 #include <cstring>
 #include <string>
 
@@ -12,7 +11,6 @@ namespace {
 
 using zelkora::test::data_file;
 using zelkora::test::Lines;
-using zelkora::test::read_file;
 using zelkora::test::write_file;
 
 class ConfigFileTest : public zelkora::test::Bench {
@@ -46,6 +44,7 @@ TEST_F(ConfigFileTest, ReadIniKeyValueFindsTheKeyInItsSection) {
       {"the section again ends it", "[SETUP]\n[SETUP]\nPOSMODE=5\n", -7},
       {"the header's own line is passed over", "[SETUP] POSMODE=3\nPOSMODE=4\n", 4},
       {"a header anywhere in its line", "see [SETUP]:\nPOSMODE=3\n", 3},
+      {"a section whose name begins earlier", "[MYSETUP]\nPOSMODE=3\n", -7},
       {"a section whose name goes on", "[SETUP2]\nPOSMODE=3\n", -7},
       {"a section in other letters", "[setup]\nPOSMODE=3\n", -7},
       {"a commented header", "#[SETUP]\nPOSMODE=3\n", -7},
@@ -115,6 +114,7 @@ TEST_F(ConfigFileTest, IniSectionExistClosesTheFileWhenThereIsNoSuchSection) {
       {"a commented one", "#[SETUP]\n"},
       {"a comment behind it", "[SETUP] # why\n"},
       {"a longer one", "[SETUP2]\n"},
+      {"one that ends like it", "[MYSETUP]\n"},
       {"no brackets", "SETUP\n"},
       {"an empty file", ""},
   };

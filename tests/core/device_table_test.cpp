@@ -62,11 +62,23 @@ TEST_F(DeviceTableTest, TextsAreCopiedAsWholeFieldsAndNothingBehindThem) {
 }
 
 TEST_F(DeviceTableTest, AShortTextComesWithTheRestOfItsField) {
-  std::strcpy(TouchDevice[0].Name, "/dev/hidraw0");
-  TouchDevice[0].Name[35] = 'x';
-  Out out;
-  GetTouchDeviceName(0, out.bytes);
-  EXPECT_EQ(out.text(36), "/dev/hidraw0" + std::string(23, '\0') + "x");
+  TouchDeviceEntry& entry = TouchDevice[0];
+  std::strcpy(entry.Name, "/dev/hidraw0");
+  entry.Name[35] = 'x';
+  std::strcpy(entry.ID, "3A4C_1688");
+  entry.ID[35] = 'y';
+  std::strcpy(entry.FWVersion, "V1.2");
+  entry.FWVersion[63] = 'z';
+
+  Out name;
+  GetTouchDeviceName(0, name.bytes);
+  EXPECT_EQ(name.text(36), "/dev/hidraw0" + std::string(23, '\0') + "x");
+  Out id;
+  GetTouchDeviceID(0, id.bytes);
+  EXPECT_EQ(id.text(36), "3A4C_1688" + std::string(26, '\0') + "y");
+  Out firmware;
+  GetTouchDeviceFw(0, firmware.bytes);
+  EXPECT_EQ(firmware.text(64), "V1.2" + std::string(59, '\0') + "z");
 }
 
 TEST_F(DeviceTableTest, ShowDeviceInfoPrintsAnEntryInElevenLinesBetweenSeparators) {

@@ -91,6 +91,7 @@ TEST_F(FileLinesTest, AnOverLongLineIsReadInPiecesOf255Characters) {
       {"a key across the border", std::string(253, 'x') + "Beep=5\n", -1},
       {"an = in the next piece", std::string(251, 'x') + "Beep=5\n", -1},
       {"a comment sign counts for its piece", "#" + std::string(254, 'x') + "Beep=5\n", 5},
+      {"a NUL ends no piece", std::string("#\0Beep=5\n", 9), -1},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -103,6 +104,10 @@ TEST_F(FileLinesTest, AnOverLongLineThatHoldsTheKeyLosesThatPieceAlone) {
   const std::string key_piece = "Beep=" + std::string(250, 'y');
   EXPECT_EQ(rewritten(key_piece + piece + "\nA=1\n"), "Beep=7\n" + piece + "\nA=1\n");
   EXPECT_EQ(rewritten(piece + key_piece + piece + "\n"), piece + "Beep=7\n" + piece + "\n");
+}
+
+TEST_F(FileLinesTest, ALineThatHoldsTheKeyBehindANulIsReplacedAsAWhole) {
+  EXPECT_EQ(rewritten(std::string("A=1\nx\0Beep=1\nC=3\n", 17)), "A=1\nBeep=7\nC=3\n");
 }
 
 TEST_F(FileLinesTest, AnOverLongValueIsCutToItsField) {

@@ -7,14 +7,12 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include "child_process.h"
@@ -84,6 +82,13 @@ TEST_F(FileRewriteTest, AFileIsReplacedByItsNewContentAsAWhole) {
   expect_replaced();
 }
 
+TEST_F(FileRewriteTest, AFileWithoutTheKeyIsRewrittenUnchanged) {
+  EXPECT_EQ(set_conf_option(path_.c_str(), "Screen", 7), 0);
+  EXPECT_EQ(read_file(path_), kOld);
+  EXPECT_NE(status_of(path_).st_ino, before_.st_ino);
+  expect_alone();
+}
+
 TEST_F(FileRewriteTest, AReaderOfTheOldFileGoesOnReadingTheOldContent) {
   const int reader = ::open(path_.c_str(), O_RDONLY);
   EXPECT_EQ(set_beep(path_), 1);
@@ -128,6 +133,9 @@ TEST_F(FileRewriteTest, FailuresBesideTheFileLeaveItsOldContent) {
   constexpr Row kRows[] = {
       {"the file may not be written", "open", false, EACCES},
       {"the file system may not be written", "open", false, EROFS},
+      {"the disk has no room for another file", "mkostemp", true, ENOSPC},
+      {"no more files can be open", "mkostemp", true, EMFILE},
+      {"the owner cannot be given for want of room", "fchown", true, EDQUOT},
       {"the disk is full", "write", true, ENOSPC},
       {"the disk is broken", "write", true, EIO},
       {"the disk takes the bytes and loses them", "fsync", true, EIO},
@@ -146,6 +154,13 @@ TEST_F(FileRewriteTest, FailuresBesideTheFileLeaveItsOldContent) {
     SetUp();
   }
   EXPECT_EQ(messages(), Lines{});
+}
+
+TEST_F(FileRewriteTest, AFileThatWasNotThereIsNotLeftEmptyByAFailure) {
+  fail_file_call("write", data_file("manuflist.conf.*"), ENOSPC);
+  set_Manufacturer_list(1);
+  EXPECT_EQ(messages(), (Lines{"EE:can't open idlist.conf!!\n"}));
+  EXPECT_FALSE(fs::exists(data_file("manuflist.conf")));
 }
 
 TEST_F(FileRewriteTest, AnInterruptedWriteIsTriedAgain) {

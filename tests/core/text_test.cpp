@@ -107,6 +107,7 @@ TEST_F(TextTest, TheNumberOfAQuotedLineIsThatOfTheFirstPieceWithADigitFromOneToF
       {"digits in front of letters", "\"3rd\"", 3},
       {"blanks split as quotes do", "Option 2", 2},
       {"other blank characters do not split", "a\t2", 0},
+      {"nor behind the first piece", "a 5\t2", 5},
       {"leading quotes and blanks", " \"\" \" 2", 2},
       {"a negative number", "\"-3\"", -3},
       {"nothing", "", 0},

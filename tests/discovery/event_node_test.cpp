@@ -181,13 +181,15 @@ TEST_F(EventNodeTest, ANodeThatFailsIsJudgedByTheNameOfTheNodeBefore) {
             trace_messages({nodes[1] + " phys:" + kPhys + " name:Zelkora Virtual PCT Pen\n"}));
 }
 
-TEST_F(EventNodeTest, AnOpenThatFailsIsNotJudgedAtAll) {
+TEST_F(EventNodeTest, ANodeThatCannotBeOpenedIsNotJudged) {
   const Lines nodes = slots("/dev/input/event", 2);
   plug(nodes[0], kPen, kPhys);
   plug(nodes[1], kMouse, kPhys);
   kernel.fail_open(nodes[1], ENODEV);
   FindMyEVDevice(0);
   EXPECT_STREQ(TouchDevice[0].EventName, "");
+  EXPECT_EQ(messages_of({nodes[1]}), Lines{});
+  EXPECT_EQ(node_calls().back(), "open " + nodes[1] + " O_RDONLY -> ENODEV");
 }
 
 TEST_F(EventNodeTest, ADirectoryThatCannotBeOpenedHoldsNothing) {

@@ -64,7 +64,7 @@ frame_count() {  # PANEL
 zelkoractl() {
     echo "\$ zelkoractl $*"
     code=0
-    output=$(timeout 20 "$ZELKORA_BUILD/zelkoractl" "$@" 2>/run/errors) || code=$?
+    output=$(timeout 60 "$ZELKORA_BUILD/zelkoractl" "$@" 2>/run/errors) || code=$?
     errors=$(</run/errors)
     printf '%s\n' "$output" "$errors" "exit code $code"
 }

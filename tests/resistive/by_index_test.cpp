@@ -197,12 +197,13 @@ class AcknowledgingPort final : public sim::SerialDevice {
 TEST_F(BackLightByIndexTest, GivesTheCommandsResult) {
   // Opening an entry of type 3 leaves device_type alone, so the command goes to its node raw.
   AcknowledgingPort port;
-  kernel.attach(port, "/dev/ttyS0");
+  const int attachment = kernel.attach(port, "/dev/ttyS0");
   device_type = ZELKORA_TYPE_RESISTIVE_SERIAL;
   TouchDevice[0].Type = ZELKORA_TYPE_PCT;
   std::snprintf(TouchDevice[0].Name, sizeof TouchDevice[0].Name, "/dev/ttyS0");
   EXPECT_EQ(SetCurrenBackLightDuty(0, 5), 1);
   EXPECT_EQ(count_of("close"), 1U);
+  kernel.unplug(attachment);
 }
 
 }  // namespace

@@ -58,12 +58,15 @@ TEST_F(CommandsMessagesTest, TheFirmwareQueryPrintsEveryAttemptAndTheText) {
   for (const Carrier carrier : kCarriers) {
     SCOPED_TRACE(name_of(carrier));
     open_controller(carrier);
-    EXPECT_EQ(messages_of(zelkora::test::run_get_firmware,
-                          {{0x81, 0xFF, 0x7F, 0x80, 0x0D}, {0x01, 'A', 0x0D}, framed("V1.2")}),
-              (Lines{"zelkora DD:GetFirmware Len:5 FFFFFF81 FFFFFFFF 007F FFFFFF80 000D 0000\n",
-                     "zelkora DD:GetFirmware Len:3 0001 0041 000D 0000 0000 0000\n",
-                     "zelkora DD:GetFirmware Len:6 0001 0056 0031 002E 0032 000D\n",
-                     "zelkora DD:GetFirmware FW = V1.2\n"}));
+    EXPECT_EQ(
+        messages_of(
+            zelkora::test::run_get_firmware,
+            {{0x81, 0xFF, 0x90, 0xA0, 0xB0, 0xC0, 0x80}, {0x01, 'A', 0x0D}, framed("V1.2")}),
+        (Lines{
+            "zelkora DD:GetFirmware Len:7 FFFFFF81 FFFFFFFF FFFFFF90 FFFFFFA0 FFFFFFB0 FFFFFFC0\n",
+            "zelkora DD:GetFirmware Len:3 0001 0041 000D 0000 0000 0000\n",
+            "zelkora DD:GetFirmware Len:6 0001 0056 0031 002E 0032 000D\n",
+            "zelkora DD:GetFirmware FW = V1.2\n"}));
   }
 }
 

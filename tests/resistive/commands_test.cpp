@@ -349,8 +349,12 @@ TEST_F(CommandsTest, LockingParametersClosesEvenWhatItCouldNotOpen) {
   TouchDevice[1].Type = ZELKORA_TYPE_RESISTIVE_USB;
   LockParameter(1);
   EXPECT_EQ(ActiveDevice, 2);
-  EXPECT_EQ(count_of("ioctl"), 0U);
-  EXPECT_EQ(messages().back(), "zelkora DD:CloseTouchDevice\n");
+  EXPECT_EQ(trace(),
+            (Lines{"log zelkora DD:OpenTouchDevice devname=/dev/usb/hiddev5 DevNum=1 type=1",
+                   "log zelkora DD:OpenTouchDevice VID=0000 PID=0000",
+                   "log zelkora DD:OpenTouchDevice---Res USB HidRaw:0",
+                   "open /dev/usb/hiddev5 O_RDONLY -> ENOENT",
+                   "log zelkora DD:device1 not exist err: 0", "log zelkora DD:CloseTouchDevice"}));
 }
 
 TEST_F(CommandsTest, LockingParametersOfANegativeDeviceDoesNothing) {

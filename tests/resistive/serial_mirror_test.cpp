@@ -92,8 +92,14 @@ TEST_F(SerialMirrorTest, LeavesAListAloneThatItMayNotRead) {
 
 TEST_F(SerialMirrorTest, LeavesTheListAloneWhenItDoesNotNameTheDevice) {
   name_active_device("ttyS7");
-  const std::string list = serial_list({"ttyS0", "ttyS1"});
+  const std::string list = serial_list({"ttyS0", "ttyS1"}) + "SerialDeviceDuration0=77\n";
   EXPECT_EQ(mirrored(list), list);
+}
+
+TEST_F(SerialMirrorTest, TakesACommentedPanelForAListedOne) {
+  name_active_device("ttyS0");
+  EXPECT_EQ(mirrored("# SerialDevice1=ttyS0\n# SerialScreenNum1=0\n", "SerialScreenNum", 3),
+            "# SerialDevice1=ttyS0\nSerialScreenNum1=3\n");
 }
 
 TEST_F(SerialMirrorTest, MatchesWhenTheListedTextContainsTheName) {

@@ -146,17 +146,21 @@ class DeafPortBench : public Bench {
  protected:
   void open_port_deaf_to(const std::string& beginning) {
     port.deaf_to = beginning;
-    kernel.attach(port, "/dev/ttyS0");
+    attachment_ = kernel.attach(port, "/dev/ttyS0");
     fd = ::open("/dev/ttyS0", O_RDWR);
     device_type = ZELKORA_TYPE_RESISTIVE_SERIAL;
     clear_trace();
   }
   void TearDown() override {
     ::close(fd);
+    kernel.unplug(attachment_);
     Bench::TearDown();
   }
 
   DeafPort port;
+
+ private:
+  int attachment_ = 0;
 };
 
 // --- the serial panel list ---

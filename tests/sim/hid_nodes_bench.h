@@ -51,9 +51,9 @@ class EchoDevice final : public sim::HidDevice {
   sim::UsbIdentity identity_{0x3A4C, 0x8753, "Zelkora", "Echo"};
 };
 
-class HidNodesTest : public testing::Test {
+class VirtualHidTest : public testing::Test {
  protected:
-  HidNodesTest() {
+  VirtualHidTest() {
     attachment_ = kernel_.attach(device_, {kPhys, kHiddev, kHidraw, kEvent});
     hiddev_ = kernel_.open(kHiddev, O_RDWR | O_NONBLOCK);
     hidraw_ = kernel_.open(kHidraw, O_RDWR | O_NONBLOCK);

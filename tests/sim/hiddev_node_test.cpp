@@ -14,9 +14,9 @@ using zelkora::test::Bytes;
 using zelkora::test::kHiddev;
 using zelkora::test::kPhys;
 using zelkora::test::Lines;
-using HiddevTest = zelkora::test::HidNodesTest;
+using VirtualHiddevTest = zelkora::test::VirtualHidTest;
 
-TEST_F(HiddevTest, GivesTheDeviceWithSignedIds) {
+TEST_F(VirtualHiddevTest, GivesTheDeviceWithSignedIds) {
   hiddev_devinfo info{};
   ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGDEVINFO, &info), 0);
   EXPECT_EQ(info.bustype, static_cast<unsigned>(BUS_USB));
@@ -29,7 +29,7 @@ TEST_F(HiddevTest, GivesTheDeviceWithSignedIds) {
   EXPECT_EQ(info.num_applications, 1U);
 }
 
-TEST_F(HiddevTest, GivesNameAndPhysAndTheNumberOfBytesCopied) {
+TEST_F(VirtualHiddevTest, GivesNameAndPhysAndTheNumberOfBytesCopied) {
   std::array<char, 256> text{};
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(256), text.data()), 13);
   EXPECT_STREQ(text.data(), "Zelkora Echo");
@@ -37,7 +37,7 @@ TEST_F(HiddevTest, GivesNameAndPhysAndTheNumberOfBytesCopied) {
   EXPECT_STREQ(text.data(), kPhys);
 }
 
-TEST_F(HiddevTest, CutsANameThatDoesNotFitWithoutTerminatingIt) {
+TEST_F(VirtualHiddevTest, CutsANameThatDoesNotFitWithoutTerminatingIt) {
   std::array<char, 8> text;
   text.fill('#');
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(7), text.data()), 7);
@@ -45,13 +45,13 @@ TEST_F(HiddevTest, CutsANameThatDoesNotFitWithoutTerminatingIt) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(0), text.data()), 0);
 }
 
-TEST_F(HiddevTest, GivesItsVersion) {
+TEST_F(VirtualHiddevTest, GivesItsVersion) {
   int version = 0;
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGVERSION, &version), 0);
   EXPECT_EQ(version, HID_VERSION);
 }
 
-TEST_F(HiddevTest, KeepsItsFlags) {
+TEST_F(VirtualHiddevTest, KeepsItsFlags) {
   int flags = HIDDEV_FLAG_UREF | HIDDEV_FLAG_REPORT;
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSFLAG, &flags), 0);
   int stored = 0;
@@ -61,7 +61,7 @@ TEST_F(HiddevTest, KeepsItsFlags) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSFLAG, &flags), -EINVAL);
 }
 
-TEST_F(HiddevTest, DescribesReportsAndFields) {
+TEST_F(VirtualHiddevTest, DescribesReportsAndFields) {
   hiddev_report_info report{HID_REPORT_TYPE_FEATURE, 7, 99};
   ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGREPORTINFO, &report), 0);
   EXPECT_EQ(report.num_fields, 1U);
@@ -79,7 +79,7 @@ TEST_F(HiddevTest, DescribesReportsAndFields) {
   EXPECT_EQ(field.unit, 0U);
 }
 
-TEST_F(HiddevTest, WalksReportsFromTheFirstToTheNext) {
+TEST_F(VirtualHiddevTest, WalksReportsFromTheFirstToTheNext) {
   hiddev_report_info report{HID_REPORT_TYPE_FEATURE, HID_REPORT_ID_FIRST, 0};
   ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGREPORTINFO, &report), 0);
   EXPECT_EQ(report.report_id, 1U);
@@ -90,13 +90,13 @@ TEST_F(HiddevTest, WalksReportsFromTheFirstToTheNext) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGREPORTINFO, &report), -EINVAL);
 }
 
-TEST_F(HiddevTest, GivesUsageCodesOfTheVendorPage) {
+TEST_F(VirtualHiddevTest, GivesUsageCodesOfTheVendorPage) {
   hiddev_usage_ref usage{HID_REPORT_TYPE_FEATURE, 1, 0, 3, 0, 0};
   ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUCODE, &usage), 0);
   EXPECT_EQ(usage.usage_code, 0xFF000004U);
 }
 
-TEST_F(HiddevTest, FindsAUsageByItsCodeAlone) {
+TEST_F(VirtualHiddevTest, FindsAUsageByItsCodeAlone) {
   set_usage(1, 42);
   hiddev_usage_ref usage{HID_REPORT_TYPE_FEATURE, HID_REPORT_ID_UNKNOWN, 9, 9, 0xFF000002, 0};
   ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGE, &usage), 0);
@@ -107,7 +107,7 @@ TEST_F(HiddevTest, FindsAUsageByItsCodeAlone) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGE, &usage), -EINVAL);
 }
 
-TEST_F(HiddevTest, RefusesWhatTheDeviceDoesNotHave) {
+TEST_F(VirtualHiddevTest, RefusesWhatTheDeviceDoesNotHave) {
   struct {
     const char* what;
     hiddev_usage_ref usage;
@@ -133,7 +133,7 @@ TEST_F(HiddevTest, RefusesWhatTheDeviceDoesNotHave) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGFIELDINFO, &field), -EINVAL);
 }
 
-TEST_F(HiddevTest, UnsignedFieldsKeepTheLowByteOfEitherExtension) {
+TEST_F(VirtualHiddevTest, UnsignedFieldsKeepTheLowByteOfEitherExtension) {
   set_usage(0, 0x80);
   set_usage(1, -128);
   set_usage(2, 0x7F);
@@ -142,7 +142,7 @@ TEST_F(HiddevTest, UnsignedFieldsKeepTheLowByteOfEitherExtension) {
   EXPECT_EQ(device_.received, (Bytes{0x80, 0x80, 0x7F, 0xFF}));
 }
 
-TEST_F(HiddevTest, SignedFieldsSaturate) {
+TEST_F(VirtualHiddevTest, SignedFieldsSaturate) {
   set_usage(0, 0x80, 7);
   set_usage(1, -129, 7);
   ASSERT_EQ(report_request(HIDIOCSREPORT, 7), 0);
@@ -153,7 +153,7 @@ TEST_F(HiddevTest, SignedFieldsSaturate) {
   EXPECT_EQ(device_.received, (Bytes{0x7F, 0x80}));
 }
 
-TEST_F(HiddevTest, UsagesReadAsUnsignedOrNegativeByTheFieldsRange) {
+TEST_F(VirtualHiddevTest, UsagesReadAsUnsignedOrNegativeByTheFieldsRange) {
   device_.answer = {0x80, 0xFF, 0x7F, 0x00};
   ASSERT_EQ(report_request(HIDIOCGREPORT), 0);
   EXPECT_EQ(usage(0), 0x80);
@@ -163,7 +163,7 @@ TEST_F(HiddevTest, UsagesReadAsUnsignedOrNegativeByTheFieldsRange) {
   EXPECT_EQ(usage(1, 7), -1);
 }
 
-TEST_F(HiddevTest, AShortReportFillsTheFieldUpWithZeros) {
+TEST_F(VirtualHiddevTest, AShortReportFillsTheFieldUpWithZeros) {
   device_.answer = {1, 2, 3, 4};
   report_request(HIDIOCGREPORT);
   device_.answer = {9};
@@ -172,7 +172,7 @@ TEST_F(HiddevTest, AShortReportFillsTheFieldUpWithZeros) {
   EXPECT_EQ(usage(3), 0);
 }
 
-TEST_F(HiddevTest, HidesStallsAndKeepsTheOldValues) {
+TEST_F(VirtualHiddevTest, HidesStallsAndKeepsTheOldValues) {
   set_usage(0, 42);
   device_.stalls = true;
   EXPECT_EQ(report_request(HIDIOCSREPORT), 0);
@@ -180,14 +180,14 @@ TEST_F(HiddevTest, HidesStallsAndKeepsTheOldValues) {
   EXPECT_EQ(usage(0), 42);
 }
 
-TEST_F(HiddevTest, KeepsValuesInTheFieldAcrossDescriptors) {
+TEST_F(VirtualHiddevTest, KeepsValuesInTheFieldAcrossDescriptors) {
   set_usage(2, 5);
   ASSERT_EQ(kernel_.close(hiddev_), 0);
   hiddev_ = kernel_.open(kHiddev, O_RDONLY);
   EXPECT_EQ(usage(2), 5);
 }
 
-TEST_F(HiddevTest, ReadsAllReportsOnInitialisation) {
+TEST_F(VirtualHiddevTest, ReadsAllReportsOnInitialisation) {
   device_.answer = {1, 2, 3, 4};
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCINITREPORT, nullptr), 0);
   EXPECT_EQ(trace_, (Lines{"ioctl HIDIOCINITREPORT", "get_report 1: 01 02 03 04",
@@ -195,21 +195,21 @@ TEST_F(HiddevTest, ReadsAllReportsOnInitialisation) {
   EXPECT_EQ(usage(3), 4);
 }
 
-TEST_F(HiddevTest, InitialisesBeforeTheFirstUsageRequest) {
+TEST_F(VirtualHiddevTest, InitialisesBeforeTheFirstUsageRequest) {
   device_.answer = {1, 2, 3, 4};
   EXPECT_EQ(usage(3), 4);
   device_.answer = {9, 9, 9, 9};
   EXPECT_EQ(usage(3), 4);
 }
 
-TEST_F(HiddevTest, RefusesRequestsOfHidrawAndOthers) {
+TEST_F(VirtualHiddevTest, RefusesRequestsOfHidrawAndOthers) {
   std::array<uint8_t, 64> buffer{};
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSFEATURE(64), buffer.data()), -EINVAL);
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGRAWINFO, buffer.data()), -EINVAL);
   EXPECT_EQ(kernel_.ioctl(hiddev_, TCGETS, buffer.data()), -EINVAL);
 }
 
-TEST_F(HiddevTest, RefusesAMissingArgument) {
+TEST_F(VirtualHiddevTest, RefusesAMissingArgument) {
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGDEVINFO, nullptr), -EFAULT);
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(4), nullptr), -EFAULT);
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGID, nullptr), -EFAULT);

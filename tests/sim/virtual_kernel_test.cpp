@@ -23,19 +23,19 @@ using zelkora::sim::SerialDevice;
 using zelkora::sim::VirtualKernel;
 using zelkora::test::Bytes;
 using zelkora::test::EchoDevice;
-using zelkora::test::HidNodesTest;
 using zelkora::test::kEvent;
 using zelkora::test::kHiddev;
 using zelkora::test::kHidraw;
 using zelkora::test::kPhys;
 using zelkora::test::Lines;
+using zelkora::test::VirtualHidTest;
 
 constexpr char kSerial[] = "/dev/ttyS0";
 
-using HidrawTest = HidNodesTest;
-using EventTest = HidNodesTest;
+using VirtualHidrawTest = VirtualHidTest;
+using VirtualEventTest = VirtualHidTest;
 
-TEST_F(HidrawTest, GivesTheDeviceWithSignedIds) {
+TEST_F(VirtualHidrawTest, GivesTheDeviceWithSignedIds) {
   hidraw_devinfo info{};
   ASSERT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWINFO, &info), 0);
   EXPECT_EQ(info.bustype, static_cast<unsigned>(BUS_USB));
@@ -43,7 +43,7 @@ TEST_F(HidrawTest, GivesTheDeviceWithSignedIds) {
   EXPECT_EQ(info.product, -30893);
 }
 
-TEST_F(HidrawTest, GivesNameAndPhys) {
+TEST_F(VirtualHidrawTest, GivesNameAndPhys) {
   std::array<char, 256> text{};
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWNAME(256), text.data()), 13);
   EXPECT_STREQ(text.data(), "Zelkora Echo");
@@ -51,14 +51,14 @@ TEST_F(HidrawTest, GivesNameAndPhys) {
   EXPECT_STREQ(text.data(), "usb-0ra Echo");
 }
 
-TEST_F(HidrawTest, SendsAFeatureReportBehindItsId) {
+TEST_F(VirtualHidrawTest, SendsAFeatureReportBehindItsId) {
   std::array<uint8_t, 4> report = {1, 0xAA, 0xBB, 0xCC};
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(4), report.data()), 4);
   EXPECT_EQ(device_.last_id, 1);
   EXPECT_EQ(device_.received, (Bytes{0xAA, 0xBB, 0xCC}));
 }
 
-TEST_F(HidrawTest, GetsAFeatureReportWithItsIdAndNoMoreThanItHolds) {
+TEST_F(VirtualHidrawTest, GetsAFeatureReportWithItsIdAndNoMoreThanItHolds) {
   device_.answer = {1, 2, 3, 0x84};
   std::array<uint8_t, 512> report{};
   report.fill(0xEE);
@@ -71,7 +71,7 @@ TEST_F(HidrawTest, GetsAFeatureReportWithItsIdAndNoMoreThanItHolds) {
   EXPECT_EQ(Bytes(report.begin(), report.begin() + 4), (Bytes{1, 1, 2, 0xEE}));
 }
 
-TEST_F(HidrawTest, ReportsStallsAndOddLengths) {
+TEST_F(VirtualHidrawTest, ReportsStallsAndOddLengths) {
   std::array<uint8_t, 4> report = {1};
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCSFEATURE(1), report.data()), -EINVAL);
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(1), report.data()), -EINVAL);
@@ -80,20 +80,20 @@ TEST_F(HidrawTest, ReportsStallsAndOddLengths) {
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(4), report.data()), -EPIPE);
 }
 
-TEST_F(HidrawTest, AsksTheDeviceForAnUnknownReport) {
+TEST_F(VirtualHidrawTest, AsksTheDeviceForAnUnknownReport) {
   std::array<uint8_t, 4> report = {99};
   EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGFEATURE(4), report.data()), 4);
   EXPECT_EQ(device_.last_id, 99);
 }
 
-TEST_F(HidrawTest, TellsUnknownRequestsByDirectionAndType) {
+TEST_F(VirtualHidrawTest, TellsUnknownRequestsByDirectionAndType) {
   std::array<uint8_t, 64> buffer{};
   EXPECT_EQ(kernel_.ioctl(hidraw_, _IOR('H', 0x7F, int), buffer.data()), -ENOTTY);
   EXPECT_EQ(kernel_.ioctl(hidraw_, _IOW('H', 0x7F, int), buffer.data()), -EINVAL);
   EXPECT_EQ(kernel_.ioctl(hidraw_, TCGETS, buffer.data()), -EINVAL);
 }
 
-TEST_F(EventTest, GivesNamePhysAndId) {
+TEST_F(VirtualEventTest, GivesNamePhysAndId) {
   std::array<char, 256> text{};
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(256), text.data()), 13);
   EXPECT_STREQ(text.data(), "Zelkora Echo");
@@ -109,7 +109,7 @@ TEST_F(EventTest, GivesNamePhysAndId) {
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGKEY(16), text.data()), -EINVAL);
 }
 
-TEST_F(EventTest, HasNoPhysWhenTheDeviceHasNone) {
+TEST_F(VirtualEventTest, HasNoPhysWhenTheDeviceHasNone) {
   EchoDevice device;
   kernel_.attach(device, {.phys = "", .hiddev = "/dev/hiddev1", .hidraw = "", .event = "/dev/e1"});
   std::array<char, 8> text = {"before"};
@@ -120,7 +120,7 @@ TEST_F(EventTest, HasNoPhysWhenTheDeviceHasNone) {
   EXPECT_STREQ(text.data(), "");
 }
 
-TEST_F(HidNodesTest, HaveNothingToReadOrWrite) {
+TEST_F(VirtualHidTest, HaveNothingToReadOrWrite) {
   std::array<uint8_t, 64> bytes{};
   EXPECT_EQ(kernel_.read(hiddev_, bytes), -EAGAIN);
   EXPECT_EQ(kernel_.read(hidraw_, bytes), -EAGAIN);
@@ -130,7 +130,7 @@ TEST_F(HidNodesTest, HaveNothingToReadOrWrite) {
   EXPECT_EQ(kernel_.write(event_, bytes), -EBADF);  // it was opened for reading
 }
 
-TEST_F(HidNodesTest, UnpluggedDevicesAnswerNoDevice) {
+TEST_F(VirtualHidTest, UnpluggedDevicesAnswerNoDevice) {
   kernel_.unplug(attachment_);
   std::array<uint8_t, 64> bytes = {1};
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCINITREPORT, nullptr), -ENODEV);
@@ -144,14 +144,14 @@ TEST_F(HidNodesTest, UnpluggedDevicesAnswerNoDevice) {
   EXPECT_EQ(kernel_.close(hiddev_), -EBADF);
 }
 
-TEST_F(HidNodesTest, AreOnlyThoseWithAPath) {
+TEST_F(VirtualHidTest, AreOnlyThoseWithAPath) {
   EchoDevice device;
   kernel_.attach(device, {.phys = "p", .hiddev = "", .hidraw = "/dev/hidraw1", .event = ""});
   EXPECT_EQ(kernel_.node_paths(), (Lines{kHiddev, kHidraw, kEvent, "/dev/hidraw1"}));
   EXPECT_FALSE(kernel_.owns(""));
 }
 
-TEST_F(HidNodesTest, TracesEachRequestWithWhatItNames) {
+TEST_F(VirtualHidTest, TracesEachRequestWithWhatItNames) {
   hiddev_report_info report{HID_REPORT_TYPE_FEATURE, 1, 0};
   hiddev_field_info field{};
   field.report_type = HID_REPORT_TYPE_FEATURE;
@@ -172,7 +172,7 @@ TEST_F(HidNodesTest, TracesEachRequestWithWhatItNames) {
                    "ioctl EVIOCGPHYS 256", "ioctl 0x00005401 -> EINVAL"}));
 }
 
-TEST_F(HidNodesTest, TracesUsagesAndReports) {
+TEST_F(VirtualHidTest, TracesUsagesAndReports) {
   usage(0);  // initialises the reports
   trace_.clear();
   set_usage(0, -128);
@@ -187,7 +187,7 @@ TEST_F(HidNodesTest, TracesUsagesAndReports) {
              "set_report 1: 80", "ioctl HIDIOCGREPORT type=3 id=1", "get_report 1: stall"}));
 }
 
-TEST_F(HidNodesTest, TracesOpeningAndClosing) {
+TEST_F(VirtualHidTest, TracesOpeningAndClosing) {
   const int handle = kernel_.open(kHidraw, O_RDWR | O_NONBLOCK);
   kernel_.close(handle);
   kernel_.open("/dev/hidraw9", O_RDONLY);
@@ -195,7 +195,7 @@ TEST_F(HidNodesTest, TracesOpeningAndClosing) {
                            "open /dev/hidraw9 O_RDONLY -> ENOENT"}));
 }
 
-TEST_F(HidNodesTest, FailByScriptForAsLongAsItSays) {
+TEST_F(VirtualHidTest, FailByScriptForAsLongAsItSays) {
   std::array<char, 256> text{};
   kernel_.fail_ioctl(kHiddev, HIDIOCGNAME(0), EIO, 2);
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGNAME(256), text.data()), -EIO);
@@ -226,9 +226,9 @@ class EchoPort final : public SerialDevice {
   Bytes waiting;
 };
 
-class SerialNodeTest : public testing::Test {
+class VirtualSerialTest : public testing::Test {
  protected:
-  SerialNodeTest() {
+  VirtualSerialTest() {
     attachment_ = kernel_.attach(port_, kSerial);
     handle_ = kernel_.open(kSerial, O_RDWR | O_NOCTTY | O_NONBLOCK);
     kernel_.set_trace([this](std::string line) { trace_.push_back(std::move(line)); });
@@ -241,7 +241,7 @@ class SerialNodeTest : public testing::Test {
   Lines trace_;
 };
 
-TEST_F(SerialNodeTest, CarriesBytesBothWaysAndSaysWhenNothingWaits) {
+TEST_F(VirtualSerialTest, CarriesBytesBothWaysAndSaysWhenNothingWaits) {
   const Bytes bytes = {1, 0x5A, 0x0D};
   EXPECT_EQ(kernel_.write(handle_, bytes), 3);
   std::array<uint8_t, 10> room{};
@@ -253,12 +253,12 @@ TEST_F(SerialNodeTest, CarriesBytesBothWaysAndSaysWhenNothingWaits) {
                            "read /dev/ttyS0 10: 0D", "read /dev/ttyS0 10 -> EAGAIN"}));
 }
 
-TEST_F(SerialNodeTest, RefusesRequests) {
+TEST_F(VirtualSerialTest, RefusesRequests) {
   int value = 0;
   EXPECT_EQ(kernel_.ioctl(handle_, HIDIOCGVERSION, &value), -ENOTTY);
 }
 
-TEST_F(SerialNodeTest, FailsByScript) {
+TEST_F(VirtualSerialTest, FailsByScript) {
   std::array<uint8_t, 10> room{};
   kernel_.fail_write(kSerial, EIO, 1);
   kernel_.fail_read(kSerial, EIO, 1);
@@ -268,7 +268,7 @@ TEST_F(SerialNodeTest, FailsByScript) {
   EXPECT_EQ(kernel_.read(handle_, room), -EAGAIN);
 }
 
-TEST_F(SerialNodeTest, HangsUpWhenUnplugged) {
+TEST_F(VirtualSerialTest, HangsUpWhenUnplugged) {
   std::array<uint8_t, 10> room{};
   kernel_.unplug(attachment_);
   EXPECT_EQ(kernel_.read(handle_, room), 0);

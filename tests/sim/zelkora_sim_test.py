@@ -295,10 +295,18 @@ if os.fork() == 0:
             self.assertEqual("ENODEV ENODEV 2 zelkora-sim: the session is over; its panels are gone\n",
                              file.read())
 
+    @staticmethod
+    def end_group(leader):
+        try:
+            os.killpg(leader, signal.SIGKILL)
+        except ProcessLookupError:
+            pass  # all of them have ended, as they should
+
     def test_a_termination_signal_reaches_the_command(self):
         ready = self.path("ready")
         script = "trap 'exit 5' TERM; touch %s; while :; do sleep 0.05; done" % ready
-        runner = subprocess.Popen([SIM, "--", "sh", "-c", script])
+        runner = subprocess.Popen([SIM, "--", "sh", "-c", script], start_new_session=True)
+        self.addCleanup(self.end_group, runner.pid)
         for _ in range(200):
             if os.path.exists(ready):
                 break

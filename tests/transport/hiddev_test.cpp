@@ -143,6 +143,18 @@ TEST_F(HiddevTest, BytesFrom80GoOutAsNegativeValues) {
   EXPECT_EQ(trace_of({"ioctl HIDIOCSUSAGE"}), usages_set(1, {6, 0, 127, -128, -127, -2, -1, 0}));
 }
 
+TEST_F(HiddevTest, EveryUsageIsOneOfFieldZero) {
+  open_hiddev(8);
+  device.answers[1] = {1, 2};
+  uref.field_index = 5;
+  EXPECT_EQ(SendData(kQuery.data(), 6), 1U);
+  EXPECT_EQ(trace_of({"ioctl HIDIOCSUSAGE"}), usages_set(1, {6, 1, 'G', 'P', '5', '4', 0x0D, 0}));
+  uref.field_index = 5;
+  Bytes reply(8);
+  EXPECT_EQ(ReceiveData(reply.data(), 8), 1U);
+  EXPECT_EQ(trace_of({"ioctl HIDIOCGUCODE", "ioctl HIDIOCGUSAGE"}), usages_read(1, 8));
+}
+
 TEST_F(HiddevTest, ByteValuesSurviveSignedAndUnsignedFields) {
   const Bytes bytes = {0x00, 0x7F, 0x80, 0xFF};
   for (const auto& [low, high] : {std::pair(-128, 127), std::pair(0, 255)}) {
@@ -297,10 +309,11 @@ TEST_F(HiddevTest, ARepliesStatedLengthNeverLeadsPastTheFrame) {
     Bytes frame = rising(63);
     frame.insert(frame.begin(), row.stated);
     device.answers[1] = frame;
-    Bytes out(row.count, 0xEE);
+    Bytes out(row.count + 1, 0xEE);
     EXPECT_EQ(ReceiveData(out.data(), row.limit), row.count);
     Bytes expected = rising(row.count);
     if (row.limit < 64) expected.back() = 0;
+    expected.push_back(0xEE);
     EXPECT_EQ(out, expected);
   }
 }

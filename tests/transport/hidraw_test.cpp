@@ -81,6 +81,11 @@ TEST_F(HidrawTest, OnlyNegativeResultsAreFailures) {
   Bytes out(63, 0xEE);
   EXPECT_EQ(HidRaw_Get_Feature(6, out.data(), 64), 0U);
   EXPECT_EQ(out, Bytes(63, 0));
+  // There is no byte to copy then, and none is.
+  kernel.fail_ioctl(kHidraw, HIDIOCGFEATURE(0), 0, 1);
+  uint8_t untouched = 0xEE;
+  EXPECT_EQ(HidRaw_Get_Feature(6, &untouched, 0), 0U);
+  EXPECT_EQ(untouched, 0xEE);
   EXPECT_EQ(count_of("perror"), 0U);
 
   const int open = fd;

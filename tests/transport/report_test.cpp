@@ -36,7 +36,8 @@ TEST_F(ReportTest, HidrawAlwaysSends64Bytes) {
   for (const unsigned length : {0U, 1U, 2U, 10U, 63U, 64U, 65U, 256U, 512U}) {
     SCOPED_TRACE(length);
     clear_trace();
-    const Bytes bytes = command(length);
+    Bytes bytes = command(length);
+    bytes.reserve(1);
     EXPECT_EQ(SendDataNew(bytes.data(), length), 1);
     EXPECT_EQ(trace_of({"ioctl", "usleep"}), (Lines{"ioctl HIDIOCSFEATURE 64"}));
     EXPECT_EQ(device.received.back().first, length == 0 ? 0 : 6);
@@ -86,6 +87,14 @@ TEST_F(ReportTest, HiddevFillsAShortCommandUpWithZerosAndCutsALongOne) {
     EXPECT_EQ(SendDataNew(bytes.data(), length), 1);
     EXPECT_EQ(device.received.back(), std::pair(uint8_t{6}, without_id(bytes, 63)));
   }
+}
+
+TEST_F(ReportTest, HiddevSends64BytesWhereTheReportHasThem) {
+  device.reports = {{6, 64}};
+  open_node(kHiddev);
+  const Bytes bytes = command(65);
+  EXPECT_EQ(SendDataNew(bytes.data(), 65), 1);
+  EXPECT_EQ(device.received.back().second, without_id(bytes, 64));
 }
 
 TEST_F(ReportTest, HiddevSendsNothingWhenTheReportCannotBePrepared) {

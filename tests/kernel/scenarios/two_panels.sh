@@ -7,7 +7,8 @@ source "$(dirname "$0")/../guest.sh"
 frequency=88
 
 install_name_list "Left Panel" "Right Panel"
-attach "resistive,id=3A4C:1688,name=Left Panel,firmware=V1.2" "resistive,id=3B17:0001,name=Right Panel,firmware=V2.5"
+attach "resistive,id=3A4C:1688,name=Left Panel,firmware=V1.2" \
+    "resistive,id=3B17:0001,name=Right Panel,firmware=V2.5"
 
 zelkoractl list --json
 expect "exit code" "$code" 0

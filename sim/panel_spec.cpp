@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "text.h"
+#include "typed_text.h"
 
 namespace zelkora::sim {
 namespace {
@@ -130,7 +130,7 @@ std::string apply_piece(std::string_view piece, PanelSpec& panel) {
     if (address && set_word(panel, *address, value)) return {};
     return quoted(piece) + ": expected word0=0 to word255=65535";
   }
-  return "unknown key " + quoted(name) + "; zelkora-sim --help lists the keys";
+  return "unknown key " + quoted(name) + "; zelkora-sim --help lists them";
 }
 
 }  // namespace

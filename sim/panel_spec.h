@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "../resistive_controller.h"
+#include "resistive_controller.h"
 
 namespace zelkora::sim {
 
