@@ -76,15 +76,15 @@ enum {
 
 /* Bytes of MyConfig; a byte other than 0 switches its effect on. */
 enum {
-  ZELKORA_CONFIG_RESISTIVE = 0,          /* resistive controllers are supported */
-  ZELKORA_CONFIG_NEW_PRODUCT_IDS = 1,    /* resistive: the new generation of product ids */
-  ZELKORA_CONFIG_ALTERNATIVE_PCT = 2,    /* the alternative list of PCT vendor ids */
-  ZELKORA_CONFIG_IGNORE_LEGACY_PCT = 3,  /* PCT controllers with IsLegacy 1 are passed over */
-  ZELKORA_CONFIG_NOTIFY_ARGUMENT = 4,    /* handed on with every driver notification */
-  ZELKORA_CONFIG_HIDRAW = 5,             /* hidraw nodes are enumerated besides hiddev nodes */
-  ZELKORA_CONFIG_HIDE_CURSOR = 6,        /* answer of the hide-cursor query */
-  ZELKORA_CONFIG_UNUSED = 7,             /* not read by the library */
-  ZELKORA_CONFIG_NO_RES_HIDE_CURSOR = 8  /* answer of the resistive hide-cursor query */
+  ZELKORA_CONFIG_RESISTIVE = 0,         /* resistive controllers are supported */
+  ZELKORA_CONFIG_NEW_PRODUCT_IDS = 1,   /* resistive: the new generation of product ids */
+  ZELKORA_CONFIG_ALTERNATIVE_PCT = 2,   /* the alternative list of PCT vendor ids */
+  ZELKORA_CONFIG_IGNORE_LEGACY_PCT = 3, /* PCT controllers with IsLegacy 1 are passed over */
+  ZELKORA_CONFIG_NOTIFY_ARGUMENT = 4,   /* handed on with every driver notification */
+  ZELKORA_CONFIG_HIDRAW = 5,            /* hidraw nodes are enumerated besides hiddev nodes */
+  ZELKORA_CONFIG_HIDE_CURSOR = 6,       /* answer of the hide-cursor query */
+  ZELKORA_CONFIG_UNUSED = 7,            /* not read by the library */
+  ZELKORA_CONFIG_NO_RES_HIDE_CURSOR = 8 /* answer of the resistive hide-cursor query */
 };
 
 /* 16-bit values in the EEPROM of a resistive controller, by address: ReadEEPValue() and
@@ -145,28 +145,28 @@ typedef struct HidInfoTable {
  * host byte order; bytes named NotUsed are never touched. */
 typedef struct ResDevInfo {
   unsigned char NotUsed0[2];
-  unsigned char BeepOn;        /* 1 the panel beeps on touch, 0 it does not */
-  unsigned char PlayMethod;    /* when the beep plays, 0..2 */
-  unsigned int Frequency;      /* of the beep, 500..3000 Hz */
-  unsigned char Duration;      /* of the beep, 5..50 */
-  unsigned char ScreenNumber;  /* the screen the panel maps to, counted from 0 */
+  unsigned char BeepOn;       /* 1 the panel beeps on touch, 0 it does not */
+  unsigned char PlayMethod;   /* when the beep plays, 0..2 */
+  unsigned int Frequency;     /* of the beep, 500..3000 Hz */
+  unsigned char Duration;     /* of the beep, 5..50 */
+  unsigned char ScreenNumber; /* the screen the panel maps to, counted from 0 */
   unsigned char NotUsed10;
-  unsigned char DisableRight;  /* 1 right-click emulation off, 0 on */
-  unsigned char RightTime;     /* hold time of a right click */
+  unsigned char DisableRight; /* 1 right-click emulation off, 0 on */
+  unsigned char RightTime;    /* hold time of a right click */
   unsigned char NotUsed13[13];
   unsigned char DisableReport; /* for the host; only stored */
   unsigned char NotUsed27;
-  unsigned char HideCursor;    /* for the host; only stored */
+  unsigned char HideCursor; /* for the host; only stored */
   unsigned char FirstMove;
   unsigned char ReportMode;
-  unsigned char HidMode;       /* the defaults give 3 for a digitizer, else 2 */
-  int EdgeRight;               /* edge adjustments */
+  unsigned char HidMode; /* the defaults give 3 for a digitizer, else 2 */
+  int EdgeRight;         /* edge adjustments */
   int EdgeLeft;
   int EdgeDown;
   int EdgeUp;
-  unsigned char SpareByte;     /* carried along, never set by the library */
+  unsigned char SpareByte; /* carried along, never set by the library */
   unsigned char NotUsed49[3];
-  unsigned int Chksum;         /* 16-bit checksum of the stored form */
+  unsigned int Chksum; /* 16-bit checksum of the stored form */
 } ResDevInfo;
 
 /* One port of the serial panel list (56 bytes). */
@@ -200,10 +200,10 @@ typedef struct ConfigLine {
  * ---------------------------------------------------------------------------------------- */
 
 extern TouchDeviceEntry TouchDevice[ZELKORA_MAX_DEVICES]; /* cleared before every enumeration */
-extern int DeviceNumber;    /* entries filled; where the next one goes */
-extern int PCTDeviceNumber; /* PCT entries accepted by the last enumeration */
-extern int ActiveDevice;    /* number of the entry opened last, counted from 1 */
-extern int fd;              /* the one open descriptor; keeps its number after a close */
+extern int DeviceNumber;          /* entries filled; where the next one goes */
+extern int PCTDeviceNumber;       /* PCT entries accepted by the last enumeration */
+extern int ActiveDevice;          /* number of the entry opened last, counted from 1 */
+extern int fd;                    /* the one open descriptor; keeps its number after a close */
 extern unsigned char HidRaw;      /* 1: the current device is driven through hidraw */
 extern unsigned char device_type; /* ZELKORA_TYPE_... of the device being worked on */
 extern int IsLegacy;              /* firmware family of the current PCT device */
@@ -214,8 +214,8 @@ extern unsigned char MyConfig[ZELKORA_CONFIG_BYTES]; /* ZELKORA_CONFIG_... */
 
 extern char MatchProduct[ZELKORA_MAX_NAMES][ZELKORA_NAME_LENGTH];  /* PCT product names */
 extern char rMatchProduct[ZELKORA_MAX_NAMES][ZELKORA_NAME_LENGTH]; /* resistive product names */
-extern int ManufCnt;  /* names in MatchProduct */
-extern int rManufCnt; /* names in rMatchProduct */
+extern int ManufCnt;                                               /* names in MatchProduct */
+extern int rManufCnt;                                              /* names in rMatchProduct */
 extern HidInfoTable cMyHidInfo;
 
 extern SerialPanelSlot cMySerInfo[ZELKORA_MAX_SERIAL];
@@ -225,11 +225,11 @@ extern unsigned char ReadSerConf; /* 1: the serial panel list was rebuilt by thi
 
 extern ScreenInfoEntry screen_info[ZELKORA_MAX_SCREENS];
 
-extern struct utsname KernelVersion;      /* filled before every hiddev send */
-extern struct hiddev_report_info report;  /* the report prepared for the open device */
-extern struct hiddev_field_info field;    /* its field 0; maxusage is the report's length */
-extern struct hiddev_usage_ref uref;      /* carries one usage value at a time */
-extern struct hiddev_report_info rinfo;   /* no use inside the library, as the next four */
+extern struct utsname KernelVersion;     /* filled before every hiddev send */
+extern struct hiddev_report_info report; /* the report prepared for the open device */
+extern struct hiddev_field_info field;   /* its field 0; maxusage is the report's length */
+extern struct hiddev_usage_ref uref;     /* carries one usage value at a time */
+extern struct hiddev_report_info rinfo;  /* no use inside the library, as the next four */
 extern struct hiddev_field_info finfo;
 extern struct hiddev_devinfo devinfo;
 extern int running;
@@ -548,7 +548,7 @@ int GetBeepOn(void);
 int GetPlayMethod(void);
 int GetFrequency(void); /* Hz */
 int GetDuration(void);
-int GetScreenNo(void);  /* counted from 0 */
+int GetScreenNo(void); /* counted from 0 */
 int GetBackLightDuty(void);
 
 /* Setters: write the value as it is, without a range check, and return the value read back, or

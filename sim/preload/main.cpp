@@ -54,11 +54,11 @@ int fail(const std::string& text, int status = kExitFailed) {
 
 void add_options(CLI::App& app, Options& options) {
   const auto describe = [](const std::string& text) {
-    PanelSpec panel;
+    PanelDescription panel;
     return parse_panel(text, panel);
   };
   app.add_option("--panel", options.panels, "A panel to present; may be given several times")
-      ->type_name("SPEC")
+      ->type_name("DESCRIPTION")
       ->allow_extra_args(false)
       ->check(CLI::Validator(describe, ""));
   app.add_option("--data", options.data_directory,
@@ -102,9 +102,9 @@ int ask(const Query& query) {
   return kExitDone;
 }
 
-std::vector<PanelSpec> parse_panels(std::vector<std::string> texts) {
+std::vector<PanelDescription> parse_panels(std::vector<std::string> texts) {
   if (texts.empty()) texts.emplace_back("resistive");
-  std::vector<PanelSpec> panels(texts.size());
+  std::vector<PanelDescription> panels(texts.size());
   for (size_t i = 0; i < texts.size(); ++i) parse_panel(texts[i], panels[i]);
   return panels;
 }

@@ -81,36 +81,35 @@ HidNodes nodes_of(size_t number) {
 
 }  // namespace
 
-Panels::Panel::Panel(const PanelSpec& description, size_t number)
-    : usb(controller, description.identity), nodes(nodes_of(number)), spec(description) {
-  controller.set_firmware(spec.firmware);
-  controller.faults = spec.faults;
-  for (const auto& [address, value] : spec.words) controller.set_stored_value(address, value);
+Panels::Panel::Panel(const PanelDescription& described, size_t number)
+    : usb(controller, described.identity), nodes(nodes_of(number)), description(described) {
+  set_up(controller, described);
 }
 
-Panels::Panels(std::span<const PanelSpec> specs) {
-  for (const PanelSpec& spec : specs) {
-    Panel& panel = *panels_.emplace_back(std::make_unique<Panel>(spec, panels_.size()));
+Panels::Panels(std::span<const PanelDescription> descriptions) {
+  for (const PanelDescription& description : descriptions) {
+    Panel& panel = *panels_.emplace_back(std::make_unique<Panel>(description, panels_.size()));
     panel.attachment = kernel_.attach(panel.usb, panel.nodes);
     // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
-    if (spec.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
-    if (spec.mode == 0) {
+    if (description.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
+    if (description.mode == 0) {
       kernel_.fail_open(panel.nodes.hidraw, EACCES);
       kernel_.fail_open(panel.nodes.event, EACCES);
     }
   }
 }
 
-std::string Panels::create_nodes(std::string HidNodes::*kind, mode_t PanelSpec::*mode) const {
+std::string Panels::create_nodes(std::string HidNodes::*kind,
+                                 mode_t PanelDescription::*mode) const {
   std::vector<Placeholder> nodes;
-  for (const auto& panel : panels_) nodes.push_back({panel->nodes.*kind, panel->spec.*mode});
+  for (const auto& panel : panels_) nodes.push_back({panel->nodes.*kind, panel->description.*mode});
   return create_in_order(std::move(nodes));
 }
 
 std::string Panels::create_name_lists() const {
   std::vector<std::string> resistive;
   for (const auto& panel : panels_) {
-    const std::string& name = panel->spec.identity.product_name;
+    const std::string& name = panel->description.identity.product_name;
     if (std::ranges::find(resistive, name) == resistive.end()) resistive.push_back(name);
   }
   const fs::path directory = kDataDirectory;
@@ -121,9 +120,9 @@ std::string Panels::create_name_lists() const {
 
 std::string Panels::create_files() const {
   try {
-    std::string problem = create_nodes(&HidNodes::hiddev, &PanelSpec::hiddev_mode);
-    if (problem.empty()) problem = create_nodes(&HidNodes::hidraw, &PanelSpec::mode);
-    if (problem.empty()) problem = create_nodes(&HidNodes::event, &PanelSpec::mode);
+    std::string problem = create_nodes(&HidNodes::hiddev, &PanelDescription::hiddev_mode);
+    if (problem.empty()) problem = create_nodes(&HidNodes::hidraw, &PanelDescription::mode);
+    if (problem.empty()) problem = create_nodes(&HidNodes::event, &PanelDescription::mode);
     return problem.empty() ? create_name_lists() : problem;
   } catch (const fs::filesystem_error& error) {
     return error.what();

@@ -10,14 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "panel_spec.h"
+#include "panel_description.h"
 #include "virtual_kernel.h"
 
 namespace zelkora::sim {
 
 class Panels {
  public:
-  explicit Panels(std::span<const PanelSpec> specs);
+  explicit Panels(std::span<const PanelDescription> descriptions);
 
   size_t size() const { return panels_.size(); }
   ResistiveController& controller(size_t panel) { return panels_[panel]->controller; }
@@ -35,14 +35,14 @@ class Panels {
     ResistiveController controller;
     ResistiveUsb usb;
     HidNodes nodes;
-    PanelSpec spec;
+    PanelDescription description;
     int attachment = -1;
     bool plugged = true;
 
-    Panel(const PanelSpec& description, size_t number);
+    Panel(const PanelDescription& described, size_t number);
   };
 
-  std::string create_nodes(std::string HidNodes::*kind, mode_t PanelSpec::*mode) const;
+  std::string create_nodes(std::string HidNodes::*kind, mode_t PanelDescription::*mode) const;
   std::string create_name_lists() const;
 
   std::vector<std::unique_ptr<Panel>> panels_;

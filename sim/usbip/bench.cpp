@@ -41,10 +41,8 @@ void set_mode(const std::string& node, mode_t mode) {
 }  // namespace
 
 struct Bench::Panel {
-  explicit Panel(const PanelSpec& spec) : usb(controller, spec.identity) {
-    controller.set_firmware(spec.firmware);
-    controller.faults = spec.faults;
-    for (const auto& [word, value] : spec.words) controller.set_stored_value(word, value);
+  explicit Panel(const PanelDescription& description) : usb(controller, description.identity) {
+    set_up(controller, description);
   }
 
   ResistiveController controller;
@@ -54,12 +52,12 @@ struct Bench::Panel {
 Bench::Bench() = default;
 Bench::~Bench() = default;
 
-UsbNodes Bench::plug(const PanelSpec& spec) {
-  panels_.push_back(std::make_unique<Panel>(spec));
+UsbNodes Bench::plug(const PanelDescription& description) {
+  panels_.push_back(std::make_unique<Panel>(description));
   UsbNodes nodes = server_.plug(panels_.back()->usb);
-  set_mode(nodes.hiddev, spec.hiddev_mode);
-  set_mode(nodes.hidraw, spec.mode);
-  set_mode(nodes.event, spec.mode);
+  set_mode(nodes.hiddev, description.hiddev_mode);
+  set_mode(nodes.hidraw, description.mode);
+  set_mode(nodes.event, description.mode);
   return nodes;
 }
 

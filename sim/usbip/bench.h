@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "panel_spec.h"
+#include "panel_description.h"
 #include "usbip_server.h"
 
 namespace zelkora::sim {
@@ -22,7 +22,7 @@ class Bench {
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
 
-  UsbNodes plug(const PanelSpec& spec);
+  UsbNodes plug(const PanelDescription& description);
 
   // Runs one command and returns its one-line answer; "error: " and the reason when it was not
   // understood or failed.

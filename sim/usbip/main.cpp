@@ -20,7 +20,7 @@ constexpr char kUsage[] =
     "Plugs virtual touch controllers into the running kernel, and answers for them until its\n"
     "input ends. Needs root and the kernel module vhci-hcd.\n"
     "\n"
-    "Usage: zelkora-usbip SPEC...\n"
+    "Usage: zelkora-usbip DESCRIPTION...\n"
     "\n"
     "The controllers are plugged in one after another. For each it prints \"plugged NUMBER HIDDEV\n"
     "HIDRAW EVENT\", with the nodes that the kernel made, and at last \"ready\". From then on it\n"
@@ -48,20 +48,20 @@ void take_commands(zelkora::sim::Bench& bench) {
 }
 
 // All of them are read before the first one is plugged in.
-std::vector<zelkora::sim::PanelSpec> parse_panels(int count, char** texts) {
-  std::vector<zelkora::sim::PanelSpec> specs(static_cast<size_t>(count));
-  for (size_t i = 0; i < specs.size(); ++i) {
-    const std::string problem = parse_panel(texts[i], specs[i]);
+std::vector<zelkora::sim::PanelDescription> parse_panels(int count, char** texts) {
+  std::vector<zelkora::sim::PanelDescription> descriptions(static_cast<size_t>(count));
+  for (size_t i = 0; i < descriptions.size(); ++i) {
+    const std::string problem = parse_panel(texts[i], descriptions[i]);
     if (!problem.empty()) throw std::runtime_error(problem);
   }
-  return specs;
+  return descriptions;
 }
 
-void run(const std::vector<zelkora::sim::PanelSpec>& specs) {
+void run(const std::vector<zelkora::sim::PanelDescription>& descriptions) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // an answer must not wait for the next one
   zelkora::sim::Bench bench;
-  for (size_t i = 0; i < specs.size(); ++i) {
-    const auto nodes = bench.plug(specs[i]);
+  for (size_t i = 0; i < descriptions.size(); ++i) {
+    const auto nodes = bench.plug(descriptions[i]);
     std::printf("plugged %zu %s %s %s\n", i, nodes.hiddev.c_str(), nodes.hidraw.c_str(),
                 nodes.event.c_str());
   }

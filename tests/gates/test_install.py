@@ -79,7 +79,8 @@ class Install(unittest.TestCase):
 
     def test_cmake_finds_the_package(self):
         (self.work / "CMakeLists.txt").write_text(FIND_PACKAGE)
-        run("cmake", "-S", self.work, "-B", self.work / "found", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        run("cmake", "-G", "Ninja", "-S", self.work, "-B", self.work / "found",
+            f"-DCMAKE_PREFIX_PATH={self.prefix}")
         run("cmake", "--build", self.work / "found")
         self.assertEqual(run(self.work / "found" / "host").split(), ["1", "3", "7", "0"])
 

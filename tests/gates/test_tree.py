@@ -8,7 +8,10 @@ import unittest
 
 from support import SOURCE, run, sources
 
-LEFTOVERS = re.compile(r"\b(?:TO" r"DO|FIX" r"ME|XX" r"X|HACK)\b|#if 0\b|^<{7} |^>{7} ", re.MULTILINE)
+# Written in two halves, so that this file is not its own finding.
+LEFTOVERS = re.compile(
+    r"\b(?:TO" r"DO|FIX" r"ME|XX" r"X|HA" r"CK)\b|#if" r" 0\b|^<{7} |^>{7} ", re.MULTILINE
+)
 
 
 def tracked():

@@ -29,8 +29,8 @@ install_name_list() {  # NAME...
     printf '%s\n' "$@" >/opt/.touch_panel/rmanuflist.conf
 }
 
-# Plugs emulated controllers in and goes on serving them; see zelkora-usbip --help for SPEC.
-attach() {  # SPEC...
+# Plugs emulated controllers in and goes on serving them; see zelkora-usbip --help for DESCRIPTION.
+attach() {  # DESCRIPTION...
     coproc usbip { exec "$ZELKORA_BUILD/zelkora-usbip" "$@"; }
     local word panel hiddev_node hidraw_node event_node
     while read -r word panel hiddev_node hidraw_node event_node <&"${usbip[0]}"; do

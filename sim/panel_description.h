@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// What --panel describes: one virtual panel, as text and as numbers.
+// One virtual panel, as text on a command line and as numbers.
 #pragma once
 
 #include <sys/types.h>
@@ -16,7 +16,7 @@
 
 namespace zelkora::sim {
 
-struct PanelSpec {
+struct PanelDescription {
   UsbIdentity identity{0x3A4C, 0x1688, "Zelkora", "Virtual Resistive"};
   std::string firmware = "V1.2";
   std::vector<std::pair<uint8_t, uint16_t>> words;  // address and stored value
@@ -27,7 +27,10 @@ struct PanelSpec {
 
 // Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1`. A value with a comma stands
 // in double quotes. Returns what is wrong with it, or an empty text.
-std::string parse_panel(std::string_view text, PanelSpec& panel);
+std::string parse_panel(std::string_view text, PanelDescription& panel);
+
+// Makes a controller what was described.
+void set_up(ResistiveController& controller, const PanelDescription& panel);
 
 // The kinds and keys, for --help.
 std::string panel_help();

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
-#include "panel_spec.h"
+#include "panel_description.h"
 
 #include <algorithm>
 
@@ -13,7 +13,7 @@ constexpr std::string_view kKind = "resistive";
 constexpr std::string_view kWordKey = "word";
 constexpr uint8_t kBeepAddress = 86;
 
-bool set_word(PanelSpec& panel, unsigned address, std::string_view value) {
+bool set_word(PanelDescription& panel, unsigned address, std::string_view value) {
   const auto number = parse_number(value, 0xFFFF);
   if (!number) return false;
   panel.words.emplace_back(static_cast<uint8_t>(address), static_cast<uint16_t>(*number));
@@ -37,7 +37,7 @@ bool set_mode(mode_t& mode, std::string_view value) {
   return number.has_value();
 }
 
-bool set_id(PanelSpec& panel, std::string_view value) {
+bool set_id(PanelDescription& panel, std::string_view value) {
   const auto halves = split(value, ':');
   if (halves.size() != 2) return false;
   const auto vendor = parse_digits(halves[0], 16, 0xFFFF);
@@ -48,7 +48,7 @@ bool set_id(PanelSpec& panel, std::string_view value) {
   return true;
 }
 
-bool set_stored(PanelSpec& panel, std::string_view value) {
+bool set_stored(PanelDescription& panel, std::string_view value) {
   const auto number = parse_number(value, 0xFFFF);
   if (number) panel.faults.stores = static_cast<uint16_t>(*number);
   return number.has_value();
@@ -58,37 +58,47 @@ struct Key {
   std::string_view name;
   std::string_view value;  // how the value looks; empty: the key takes none
   std::string_view help;
-  bool (*apply)(PanelSpec& panel, std::string_view value);
+  bool (*apply)(PanelDescription& panel, std::string_view value);
 };
 
 using View = std::string_view;
 constexpr Key kKeys[] = {
     {"id", "VVVV:PPPP", "USB vendor and product, hexadecimal (3A4C:1688)", set_id},
     {"maker", "TEXT", "manufacturer (Zelkora)",
-     [](PanelSpec& panel, View value) { return set_text(panel.identity.manufacturer, value); }},
+     [](PanelDescription& panel, View value) {
+       return set_text(panel.identity.manufacturer, value);
+     }},
     {"name", "TEXT", "product name (Virtual Resistive)",
-     [](PanelSpec& panel, View value) { return set_text(panel.identity.product_name, value); }},
+     [](PanelDescription& panel, View value) {
+       return set_text(panel.identity.product_name, value);
+     }},
     {"firmware", "TEXT", "firmware version, may be empty (V1.2)",
-     [](PanelSpec& panel, View value) {
+     [](PanelDescription& panel, View value) {
        panel.firmware = value;
        return true;
      }},
     {"beep", "VALUE", "the same as word86",
-     [](PanelSpec& panel, View value) { return set_word(panel, kBeepAddress, value); }},
+     [](PanelDescription& panel, View value) { return set_word(panel, kBeepAddress, value); }},
     {"hiddev-mode", "MODE", "permissions of the hiddev node, octal (0600)",
-     [](PanelSpec& panel, View value) { return set_mode(panel.hiddev_mode, value); }},
+     [](PanelDescription& panel, View value) { return set_mode(panel.hiddev_mode, value); }},
     {"mode", "MODE", "permissions of all its nodes, octal (0600)",
-     [](PanelSpec& panel, View value) {
+     [](PanelDescription& panel, View value) {
        return set_mode(panel.mode, value) && set_mode(panel.hiddev_mode, value);
      }},
     {"silent", "", "answers no command",
-     [](PanelSpec& panel, View) { return panel.faults.silent = true; }},
+     [](PanelDescription& panel, View) { return panel.faults.silent = true; }},
     {"silent-commands", "COUNT", "does not answer the first COUNT commands",
-     [](PanelSpec& panel, View value) { return set_count(panel.faults.silent_commands, value); }},
+     [](PanelDescription& panel, View value) {
+       return set_count(panel.faults.silent_commands, value);
+     }},
     {"bad-acknowledges", "COUNT", "refuses the first COUNT commands that change something",
-     [](PanelSpec& panel, View value) { return set_count(panel.faults.bad_acknowledges, value); }},
+     [](PanelDescription& panel, View value) {
+       return set_count(panel.faults.bad_acknowledges, value);
+     }},
     {"wrong-echoes", "COUNT", "answers the first COUNT page reads with another page number",
-     [](PanelSpec& panel, View value) { return set_count(panel.faults.wrong_echoes, value); }},
+     [](PanelDescription& panel, View value) {
+       return set_count(panel.faults.wrong_echoes, value);
+     }},
     {"stores", "VALUE", "stores VALUE whatever is written", set_stored},
 };
 
@@ -110,7 +120,7 @@ bool split_quoted(std::string_view text, std::vector<std::string>& pieces) {
   return !quoted;
 }
 
-std::string apply_piece(std::string_view piece, PanelSpec& panel) {
+std::string apply_piece(std::string_view piece, PanelDescription& panel) {
   const size_t equals = piece.find('=');
   const std::string name(piece.substr(0, equals));
   const bool has_value = equals != std::string_view::npos;
@@ -135,7 +145,7 @@ std::string apply_piece(std::string_view piece, PanelSpec& panel) {
 
 }  // namespace
 
-std::string parse_panel(std::string_view text, PanelSpec& panel) {
+std::string parse_panel(std::string_view text, PanelDescription& panel) {
   std::vector<std::string> pieces;
   if (!split_quoted(text, pieces)) return "a double quote is not closed";
   if (pieces.front() != kKind) {
@@ -148,8 +158,14 @@ std::string parse_panel(std::string_view text, PanelSpec& panel) {
   return {};
 }
 
+void set_up(ResistiveController& controller, const PanelDescription& panel) {
+  controller.set_firmware(panel.firmware);
+  controller.faults = panel.faults;
+  for (const auto& [address, value] : panel.words) controller.set_stored_value(address, value);
+}
+
 std::string panel_help() {
-  std::string text = "SPEC is the kind of panel, resistive, and keys behind commas:\n";
+  std::string text = "DESCRIPTION is the kind of panel, resistive, and keys behind commas:\n";
   const auto add_line = [&text](std::string usage, std::string_view help) {
     usage.resize(std::max<size_t>(usage.size() + 1, 24), ' ');
     text.append("  ").append(usage).append(help).append("\n");
