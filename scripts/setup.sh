@@ -17,6 +17,15 @@ step() {
     printf '\n== %s\n' "$*"
 }
 
+as_root() {
+    if ((EUID == 0)); then
+        "$@"
+    else
+        command -v sudo >/dev/null || stop "needs to be root, or sudo, to run: $*"
+        sudo "$@"
+    fi
+}
+
 # Installs those of the named packages that are missing.
 need() {
     command -v apt-get >/dev/null || stop "needs apt-get to install: $*"
@@ -27,15 +36,9 @@ need() {
     done
     ((${#missing[@]})) || return 0
 
-    local root=()
-    if ((EUID != 0)); then
-        command -v sudo >/dev/null ||
-            stop "these packages are missing: ${missing[*]}. Install them as root, then run this again."
-        root=(sudo)
-    fi
     step "installing ${missing[*]}"
-    "${root[@]}" apt-get update -qq || stop "cannot update the package lists"
-    DEBIAN_FRONTEND=noninteractive "${root[@]}" apt-get install -y -qq --no-install-recommends \
+    as_root apt-get update -qq || stop "cannot update the package lists"
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
         "${missing[@]}" >/dev/null || stop "cannot install: ${missing[*]}"
 }
 
@@ -46,7 +49,7 @@ need_build_packages() {
 
 # To test them as well.
 need_test_packages() {
-    need git python3 libgtest-dev libgmock-dev clang-14 clang clang-format-14 clang-tidy-14 \
+    need git python3 libgtest-dev clang-14 clang clang-format-14 clang-tidy-14 \
         shellcheck
 }
 
