@@ -150,7 +150,7 @@ TEST_F(Commands, SetPutsBackWhatItChangedWhenALaterValueIsNotTaken) {
   EXPECT_EQ(answer.text, "");
   ASSERT_TRUE(answer.failure);
   EXPECT_EQ(answer.failure->code(), ExitCode::kFailed);
-  EXPECT_EQ(answer.failure->node(), "/dev/usb/hiddev0");
+  EXPECT_EQ(answer.failure->nodes(), std::vector<std::string>{"/dev/usb/hiddev0"});
   EXPECT_EQ(answer.failure->message(),
             "frequency: the panel stored 2000 instead of 1000; every setting has its old value "
             "again");
@@ -241,7 +241,7 @@ TEST_F(Commands, APanelThatCannotBeOpenedIsAFailureOfItsNode) {
   } catch (const zelkoractl::Failure& failure) {
     EXPECT_EQ(failure.code(), ExitCode::kFailed);
     EXPECT_EQ(failure.message(), "panel 0 cannot be opened");
-    EXPECT_EQ(failure.node(), "/dev/usb/hiddev0");
+    EXPECT_EQ(failure.nodes(), std::vector<std::string>{"/dev/usb/hiddev0"});
   }
   EXPECT_EQ(panel.closed, 0) << "there is nothing to close";
 }

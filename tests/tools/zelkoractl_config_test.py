@@ -44,6 +44,21 @@ class ConfigTest(unittest.TestCase):
         self.assertIn("/dev/hidraw0, /dev/usb/hiddev0: no permission", on.stderr)
         self.assertIn("zelkoractl: /dev/usb/hiddev0: no permission", off.stderr)
 
+    def test_what_is_switched_off_is_told_with_the_file(self):
+        with Session() as session:
+            path = session.file("zelkoractl.ini")
+            resistive = self.run_with(session, "[switches]\nresistive = off\n")
+            shown = self.run_with(session, "[switches]\nresistive = off\n", "show", "0")
+            session.sim("unplug", "0")
+            hidraw = self.run_with(session, "[switches]\nhidraw = off\n")
+        for result in (resistive, shown):
+            self.assertIn("resistive panels are passed over: resistive = off in the configuration "
+                          "file " + path, result.stderr)
+            self.assertIn("--debug shows", result.stderr)
+        self.assertIn("there is no hiddev node; is a panel", hidraw.stderr)
+        self.assertIn("hidraw nodes are passed over: hidraw = off in the configuration file " + path,
+                      hidraw.stderr)
+
     def test_every_key_is_known(self):
         keys = ["resistive", "new-product-ids", "alternative-pct-vendors", "ignore-legacy-pct",
                 "hidraw", "hide-cursor", "disable-resistive-hide-cursor", "debug"]
@@ -55,6 +70,16 @@ class ConfigTest(unittest.TestCase):
             for value in ("0", "255"):
                 content = f"[switches]\nnotify-argument = {value}\n"
                 self.assertEqual(self.run_with(session, content).status, DONE, content)
+
+    def test_the_help_and_the_remedy_of_an_unknown_key_tell_all_keys(self):
+        with Session() as session:
+            remedy = self.run_with(session, "[switches]\nloud = on\n").stderr.splitlines()[1]
+            general = session.ctl("--help").stdout
+        keys = remedy.split("[switches] are ")[1].split(", ")
+        self.assertEqual(len(keys), 9)
+        for key in keys:
+            values = "0..255" if key == "notify-argument" else "on, off"
+            self.assertRegex(general, rf"(?m)^  {key} +{values}$")
 
     def test_odd_but_sound_files_are_taken(self):
         files = {

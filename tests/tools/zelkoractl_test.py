@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """zelkoractl on virtual panels: every command and every exit status."""
 
+import json
 import os
 import unittest
 
@@ -74,6 +75,32 @@ class ListTest(unittest.TestCase):
         self.assertIn("/opt/.touch_panel/rmanuflist.conf is missing", missing.stderr)
         self.assertIn("/opt/.touch_panel/rmanuflist.conf is empty", empty.stderr)
 
+    def test_a_panel_that_was_passed_over_leads_to_the_trace_and_not_to_the_other_list(self):
+        for panel in ("resistive,firmware=V3.0", "resistive,id=1111:2222"):
+            with Session(panel) as session:
+                listed, shown = session.ctl("list"), session.ctl("show", "0")
+            for result in (listed, shown):
+                self.assertIn("--debug shows how each node was judged", result.stderr, panel)
+                self.assertNotIn("projected-capacitive", result.stderr, panel)
+
+    def test_where_no_kind_is_accepted_both_lists_are_hints(self):
+        with Session() as session:
+            session.shell("rm -f /opt/.touch_panel/*manuflist.conf")
+            _, document = session.ctl_json("list")
+        hints = document["hints"]
+        self.assertIn("/opt/.touch_panel/rmanuflist.conf is missing", hints[1])
+        self.assertIn("/opt/.touch_panel/manuflist.conf is missing", hints[2])
+        self.assertEqual(hints[3:], ["--debug shows how each node was judged"])
+
+    def test_a_fifth_panel_is_not_passed_over_in_silence(self):
+        with Session(*["resistive"] * 4) as session:
+            four = session.ctl("list")
+        with Session(*["resistive"] * 3) as session:
+            three = session.ctl("list")
+        self.assertEqual((four.status, len(four.stdout.splitlines())), (DONE, 5))
+        self.assertIn("the library holds 4 panels; any further ones are not listed", four.stderr)
+        self.assertEqual(three.stderr, "")
+
     def test_a_node_that_may_not_be_opened_is_no_permission(self):
         with Session("resistive,hiddev-mode=000") as session:
             for command in (["list"], ["show", "0"], ["get", "0"], ["set", "0", "beep=off"]):
@@ -85,7 +112,17 @@ class ListTest(unittest.TestCase):
         self.assertEqual(status, NO_PERMISSION)
         self.assertEqual(document["error"]["code"], NO_PERMISSION)
         self.assertEqual(document["error"]["node"], "/dev/usb/hiddev0")
+        self.assertNotIn("nodes", document["error"])
         self.assertIn("udev rule", document["error"]["remedy"])
+
+    def test_several_locked_nodes_are_told_one_by_one(self):
+        with Session("resistive,mode=000") as session:
+            text = session.ctl("list")
+            status, document = session.ctl_json("list")
+        self.assertIn("/dev/hidraw0, /dev/usb/hiddev0: no permission", text.stderr)
+        self.assertEqual(status, NO_PERMISSION)
+        self.assertIsNone(document["error"]["node"])
+        self.assertEqual(document["error"]["nodes"], ["/dev/hidraw0", "/dev/usb/hiddev0"])
 
     def test_a_locked_node_beside_a_panel_is_a_hint(self):
         with Session("resistive", "resistive,hiddev-mode=000") as session:
@@ -102,6 +139,15 @@ class ListTest(unittest.TestCase):
             status, document = session.ctl_json("list")
         self.assertIn("V1\\x1B[2J\\xE9", text.stdout)
         self.assertEqual((status, document["panels"][0]["firmware"]), (DONE, "V1\x1b[2J\ufffd"))
+
+    def test_text_quoted_in_a_failure_cannot_drive_the_terminal(self):
+        with Session() as session:
+            for words in (["show", "\x1b[2J"], ["get", "0", "\x1b[2J"], ["set", "0", "\x1b[2J=1"],
+                          ["\x1b[2J"], ["--config", "\x1b[2J", "list"]):
+                result = session.ctl(*words)
+                self.assertEqual(result.status, USAGE, words)
+                self.assertIn("\\x1B[2J", result.stderr)
+                self.assertNotIn("\x1b", result.stderr)
 
 
 class ReadTest(unittest.TestCase):
@@ -230,7 +276,8 @@ class SetTest(unittest.TestCase):
         self.assertIn("/dev/usb/hiddev0: beep: the panel stored on instead of off", result.stderr)
         self.assertIn("every setting has its old value again", result.stderr)
         self.assertEqual(status, FAILED)
-        self.assertEqual(document["settings"]["beep"]["outcome"], "put back")
+        self.assertEqual(document["settings"]["beep"],
+                         {"before": "on", "asked": "off", "outcome": "put back", "stored": "on"})
         self.assertFalse(document["permanent"])
         self.assertNotIn("PL", letters)
 
@@ -244,6 +291,8 @@ class SetTest(unittest.TestCase):
         self.assertEqual({name: step["outcome"] for name, step in document["settings"].items()},
                          {"duration": "put back", "frequency": "not put back",
                           "beep": "untouched"})
+        self.assertEqual({name: step.get("stored") for name, step in document["settings"].items()},
+                         {"duration": None, "frequency": 5, "beep": None})
         self.assertIn("stored 5 instead of 1000; not put back: frequency",
                       document["error"]["message"])
         self.assertIn("unplug the panel", document["error"]["remedy"])
@@ -281,6 +330,29 @@ class CommandLineTest(unittest.TestCase):
                 self.assertTrue(result.stderr.startswith("zelkoractl: "), words)
                 status, document = session.ctl_json(*words)
                 self.assertEqual((status, document["error"]["code"]), (USAGE, USAGE), words)
+
+    def test_a_word_that_nothing_takes_is_named(self):
+        commands = "; the commands are list, show, get, set"
+        cases = {("dance",): '"dance" is no command' + commands,
+                 ("dance", "0"): '"dance" is no command' + commands,
+                 (): "a command is missing" + commands,
+                 ("list", "show", "0"): 'list does not take "show"',
+                 ("show", "0", "1"): 'show does not take "1"',
+                 ("list", "--", "x"): 'list does not take "x"',
+                 ("list", "--loud"): '"--loud" is no option'}
+        with Session() as session:
+            for words, complaint in cases.items():
+                self.assertEqual(session.ctl(*words).stderr.splitlines()[0],
+                                 "zelkoractl: " + complaint, words)
+
+    def test_json_is_answered_whenever_it_is_asked_for(self):
+        asked = (["--json=true", "list"], ["list", "--json"], ["--version", "--json=true"],
+                 ["--json=true", "--help"], ["--json=true", "dance"], ["list", "--config", "/none",
+                 "--json=true"], ["--config", "--json"])
+        with Session() as session:
+            for words in asked:
+                self.assertEqual(json.loads(session.ctl(*words).stdout)["schema"], 1, words)
+            self.assertTrue(session.ctl("--json=false", "list").stdout.startswith("PANEL"))
 
     def test_help_and_version_are_answers(self):
         with Session() as session:

@@ -5,13 +5,12 @@
 #include <zelkora.h>
 
 #include "change.h"
+#include "nodes.h"
 #include "panels.h"
 #include "settings.h"
 
 namespace zelkoractl {
 namespace {
-
-Json or_null(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 std::string or_dash(const std::string& text) { return text.empty() ? "-" : printable(text); }
 
@@ -53,9 +52,8 @@ struct Reading {
 
 Json value_document(const Setting& setting, int stored) {
   if (stored < 0) return nullptr;
-  const std::string text = value_text(setting, stored);
-  if (text == "on" || text == "off") return text;
-  return std::stoi(text);
+  if (is_switch(setting) && in_range(setting, stored)) return value_text(setting, stored);
+  return as_number(setting, stored);
 }
 
 Json reading_document(const Reading& reading) {
@@ -83,18 +81,18 @@ std::vector<Reading> read_settings(const Panel& panel, std::span<const Setting> 
 
 // What did not go well in a reading: hints for values out of range, a failure for missing ones.
 void judge_readings(const Panel& panel, const std::vector<Reading>& readings, Answer& answer) {
-  std::string missing;
+  std::vector<std::string> missing;
   for (const Reading& reading : readings) {
     const std::string name(reading.setting->name);
     if (!reading.known()) {
-      missing += (missing.empty() ? "" : ", ") + name;
+      missing.push_back(name);
     } else if (!reading.good()) {
       answer.hints.push_back(name + " holds " + reading.text() + ", which is out of range (" +
                              range_text(*reading.setting) + ")");
     }
   }
   if (missing.empty()) return;
-  answer.failure.emplace(ExitCode::kFailed, "the panel did not tell " + missing, panel.node,
+  answer.failure.emplace(ExitCode::kFailed, "the panel did not tell " + join(missing), panel.node,
                          "check that the panel is still plugged in, then try again");
 }
 
@@ -117,16 +115,16 @@ Failure change_failure(const Change& change, const Panel& panel) {
   message += change.stored < 0 ? "did not take the value"
                                : "stored " + value_text(setting, change.stored) + " instead of " +
                                      value_text(setting, failed.value);
-  std::string lost;
+  std::vector<std::string> lost;
   for (const Step& step : change.steps) {
     if (step.outcome != Outcome::kNotPutBack) continue;
-    lost += (lost.empty() ? "" : ", ") + std::string(step.assignment.setting->name);
+    lost.emplace_back(step.assignment.setting->name);
   }
   if (lost.empty()) {
     return {ExitCode::kFailed, message + "; every setting has its old value again", panel.node,
             "try again, or leave this setting as it is"};
   }
-  return {ExitCode::kFailed, message + "; not put back: " + lost, panel.node,
+  return {ExitCode::kFailed, message + "; not put back: " + join(lost), panel.node,
           "unplug the panel and plug it in again: nothing was made permanent, so its old settings "
           "come back"};
 }
@@ -141,25 +139,29 @@ Json step_document(const Step& step) {
 }  // namespace
 
 Answer list_panels() {
-  const Found found = find_panels();
-  if (found.panels.empty() && !found.nodes.locked.empty()) throw no_permission(found.nodes);
+  const std::vector<Panel> panels = find_panels();
+  const Nodes nodes = look_at_nodes();
+  if (panels.empty() && !nodes.locked.empty()) throw no_permission(nodes);
   Answer answer;
   answer.document["panels"] = Json::array();
   std::vector<std::vector<std::string>> rows = {{"PANEL", "TYPE", "NODE", "USB-ID", "FIRMWARE"}};
-  for (const Panel& panel : found.panels) {
+  for (const Panel& panel : panels) {
     answer.document["panels"].push_back(panel_document(panel));
     rows.push_back({std::to_string(panel.index), std::string(type_name(panel)),
                     printable(panel.node), or_dash(panel.usb_id), firmware_text(panel)});
   }
-  if (found.panels.empty()) {
-    answer.hints = why_nothing_was_found(found.nodes);
+  if (panels.empty()) {
+    answer.hints = why_nothing_was_found(nodes);
     return answer;
   }
   answer.text = align(rows);
-  if (!found.nodes.locked.empty()) {
-    const Failure locked = no_permission(found.nodes);
-    answer.hints.push_back(locked.node() + ": " + locked.message() +
-                           "; a panel there would be missing");
+  if (panels.size() == ZELKORA_MAX_DEVICES) {
+    answer.hints.push_back("the library holds " + std::to_string(panels.size()) +
+                           " panels; any further ones are not listed");
+  }
+  if (!nodes.locked.empty()) {
+    answer.hints.push_back(join(nodes.locked) +
+                           ": no permission to open; a panel there would be missing");
   }
   return answer;
 }
@@ -212,7 +214,11 @@ Answer set_settings(const std::string& name, const std::vector<std::string>& wor
   answer.document["settings"] = Json::object();
   for (const Step& step : change.steps) {
     const Setting& setting = *step.assignment.setting;
-    answer.document["settings"][std::string(setting.name)] = step_document(step);
+    Json& document = answer.document["settings"][std::string(setting.name)];
+    document = step_document(step);
+    if (change.failed && &step == &change.steps[*change.failed]) {
+      document["stored"] = value_document(setting, change.stored);
+    }
     if (change.complete()) {
       answer.text +=
           std::string(setting.name) + "=" + value_text(setting, step.assignment.value) + "\n";

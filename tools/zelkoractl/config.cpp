@@ -13,6 +13,8 @@
 #include <string_view>
 
 #include "failure.h"
+#include "output.h"
+#include "paths.h"
 
 namespace zelkoractl {
 namespace {
@@ -51,11 +53,13 @@ struct Parse {
   int line = 0;
   int problem_line = 0;  // 0: nothing wrong
   std::string problem;
+  std::string remedy;
 
-  void refuse(std::string what) {
+  void refuse(std::string what, std::string what_to_do = "correct this line of the file") {
     if (problem_line != 0) return;
     problem_line = line;
     problem = std::move(what);
+    remedy = std::move(what_to_do);
   }
 };
 
@@ -82,6 +86,14 @@ char* next_line(char* room, int size, void* stream) {
   return room;
 }
 
+std::string key_names() {
+  std::vector<std::string> names;
+  for (const Key& key : kKeys) {
+    names.emplace_back(key.name);
+  }
+  return join(names);
+}
+
 std::optional<int> parse_value(std::string_view text, int highest) {
   if (highest == 1) {
     if (text == "on") return 1;
@@ -101,7 +113,8 @@ int take_pair(void* user, const char* section, const char* name, const char* val
   if (std::strcmp(section, kSection) != 0 || key == std::end(kKeys)) {
     const std::string place =
         *section == '\0' ? "before any section" : std::string("in section [") + section + "]";
-    parse.refuse("unknown key \"" + std::string(name) + "\" " + place);
+    parse.refuse("unknown key \"" + std::string(name) + "\" " + place,
+                 std::string("the keys of section [") + kSection + "] are " + key_names());
     return 0;
   }
   const std::optional<int> number = parse_value(value, key->highest);
@@ -143,6 +156,11 @@ std::optional<std::string> read_file(const std::string& path, bool may_be_missin
   return text;
 }
 
+Config& in_use() {
+  static Config config = default_config();
+  return config;
+}
+
 }  // namespace
 
 Config default_config() {
@@ -153,21 +171,37 @@ Config default_config() {
 }
 
 Config read_config(const std::optional<std::string>& named_path) {
-  const std::string path = named_path.value_or(kDefaultConfigPath);
-  const std::string text = read_file(path, !named_path.has_value()).value_or("");
+  const std::string path = named_path.value_or(paths::kConfig);
+  const std::optional<std::string> text = read_file(path, !named_path.has_value());
+  if (!text) return default_config();
   Parse parse;
-  parse.rest = text;
+  parse.rest = *text;
   // The parser passes over lines it does not understand and tells the first of them.
   const int wrong_line = ini_parse_stream(next_line, &parse, take_pair, &parse);
   if (wrong_line != 0 && (parse.problem_line == 0 || wrong_line < parse.problem_line)) {
-    parse.problem_line = wrong_line;
-    parse.problem = "neither \"key = value\" nor \"[section]\"";
+    parse.line = wrong_line;
+    parse.problem_line = 0;
+    parse.refuse("neither \"key = value\" nor \"[section]\"");
   }
   if (parse.problem_line != 0) {
-    fail(path + ":" + std::to_string(parse.problem_line) + ": " + parse.problem,
-         "correct this line of the file");
+    fail(path + ":" + std::to_string(parse.problem_line) + ": " + parse.problem, parse.remedy);
   }
+  parse.config.file = path;
   return parse.config;
 }
+
+std::string config_help() {
+  std::vector<std::vector<std::string>> rows;
+  for (const Key& key : kKeys) {
+    const std::string values = key.highest == 1 ? "on, off" : "0.." + std::to_string(key.highest);
+    rows.push_back({"  " + std::string(key.name), values});
+  }
+  return std::string("Keys of the configuration file, in its section [") + kSection + "]:\n" +
+         align(rows);
+}
+
+void use_config(const Config& config) { in_use() = config; }
+
+const Config& current_config() { return in_use(); }
 
 }  // namespace zelkoractl

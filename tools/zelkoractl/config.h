@@ -26,11 +26,10 @@
 
 namespace zelkoractl {
 
-inline constexpr const char* kDefaultConfigPath = "/etc/zelkora/zelkoractl.ini";
-
 struct Config {
-  std::array<unsigned char, ZELKORA_CONFIG_BYTES> switches;
-  bool debug;
+  std::array<unsigned char, ZELKORA_CONFIG_BYTES> switches{};
+  bool debug = false;
+  std::string file;  // it was read from; empty: there was none
 };
 
 Config default_config();
@@ -38,5 +37,12 @@ Config default_config();
 // Reads the named file, or the default file when none is named; only the latter may be missing.
 // Throws a usage Failure that names the file and the line.
 Config read_config(const std::optional<std::string>& named_path);
+
+// The keys and the values they take, in columns.
+std::string config_help();
+
+// The configuration in use; until one is given, that of a missing file.
+void use_config(const Config& config);
+const Config& current_config();
 
 }  // namespace zelkoractl

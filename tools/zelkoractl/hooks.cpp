@@ -1,62 +1,49 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
-#include "hooks.h"
-
+//
+// The functions that the library expects its host to define.
 #include <sys/random.h>
 #include <zelkora.h>
 
 #include <algorithm>
 #include <cstdlib>
 
-namespace zelkoractl {
+#include "config.h"
+
 namespace {
 
 constexpr size_t kRandomBytes = 16;
-constexpr size_t kEncodedBlock = 32;
-
-constinit Config current{};
 
 }  // namespace
-
-void use_config(const Config& config) { current = config; }
-
-}  // namespace zelkoractl
 
 extern "C" {
 
 unsigned char Read_Config(unsigned char* config) {
-  std::ranges::copy(zelkoractl::current.switches, config);
+  std::ranges::copy(zelkoractl::current_config().switches, config);
   return 1;
 }
 
-int GetEnableDebug(void) { return zelkoractl::current.debug ? 1 : 0; }
+int GetEnableDebug(void) { return zelkoractl::current_config().debug ? 1 : 0; }
 
 // 16 random bytes for a new serial number; the number has no use.
 void GenerateRand(unsigned char* buffer, int number);
 
-// The encoding of parameter blocks. This host keeps them as they are: both are plain copies, of
-// `length` bytes and of the 32-byte block.
-void EncodeData(const unsigned char* source, unsigned char* destination, int unused, int length);
-void DecodeData(const unsigned char* source, unsigned char* destination);
-
-// Carries a request to the X input driver. A command line has no driver to talk to.
-void mydoled_all_display(void* display, unsigned int request, unsigned char config);
-
 void GenerateRand(unsigned char* buffer, int /*number*/) {
   // Serial numbers tell panels apart, so there is nothing sensible to go on with. Requests of up
   // to 256 bytes are filled whole.
-  if (getrandom(buffer, zelkoractl::kRandomBytes, 0) < 0) std::abort();
+  if (getrandom(buffer, kRandomBytes, 0) < 0) std::abort();
 }
 
-void EncodeData(const unsigned char* source, unsigned char* destination, int /*unused*/,
-                int length) {
+// The encoding of parameter blocks: this host keeps them as they are, in plain copies.
+void EncodeData(const unsigned char* source, unsigned char* destination, int /*zero*/, int length) {
   std::copy_n(source, std::max(length, 0), destination);
 }
 
 void DecodeData(const unsigned char* source, unsigned char* destination) {
-  std::copy_n(source, zelkoractl::kEncodedBlock, destination);
+  std::copy_n(source, int{ZELKORA_PCT_BLOCK}, destination);
 }
 
-void mydoled_all_display(void* /*display*/, unsigned int /*request*/, unsigned char /*config*/) {}
+// A command line has no X input driver to talk to.
+void mydoled_all_display(void* /*display*/, unsigned int /*request*/, int /*config*/) {}
 
 }  // extern "C"

@@ -3,6 +3,7 @@
 //
 // zelkoractl: lists touch panels, shows and changes their settings.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <string>
 #include <string_view>
@@ -10,7 +11,7 @@
 
 #include "commands.h"
 #include "config.h"
-#include "hooks.h"
+#include "paths.h"
 #include "settings.h"
 
 namespace zelkoractl {
@@ -42,13 +43,14 @@ void describe(CLI::App& app, CommandLine& line) {
   app.description("Lists touch panels, shows and changes their settings.");
   app.name("zelkoractl");
   app.require_subcommand(1);
-  app.footer(kExitCodes);
+  app.footer([] { return config_help() + "\n" + kExitCodes; });
   app.set_version_flag("--version", "zelkoractl " ZELKORACTL_VERSION, "Print the version");
-  app.add_flag("--json", line.json, "Answer with one JSON document, errors included");
+  app.add_flag("--json", line.json, "Answer with one JSON document, errors included")
+      ->trigger_on_parse();  // help and version are answers, too
   app.add_flag("--debug", line.debug, "Print the library's trace to standard error");
   app.add_option(
          "--config", line.config_file,
-         "Configuration file; without it " + std::string(kDefaultConfigPath) + " when it is there")
+         "Configuration file; without it " + std::string(paths::kConfig) + " when it is there")
       ->type_name("FILE");
 
   const auto add_command = [&app](const char* name, const char* description) {
@@ -86,9 +88,36 @@ Answer plain_answer(const char* key, const std::string& text) {
   return answer;
 }
 
-Answer run(int argc, char** argv) {
+std::string command_names(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands({})) {
+    names.push_back(command->get_name());
+  }
+  return join(names);
+}
+
+// A command line with words that nothing takes, or without a command.
+Failure no_command(const CLI::App& app) {
+  const std::vector<std::string> rest = app.remaining(true);
+  const auto word = std::ranges::find_if(rest, [](const auto& text) { return text != "--"; });
+  const std::string remedy = "zelkoractl --help shows what there is";
+  if (word == rest.end()) {
+    return {ExitCode::kUsage, "a command is missing; the commands are " + command_names(app), "",
+            remedy};
+  }
+  const std::string quoted = "\"" + *word + "\"";
+  if (word->starts_with("-")) return {ExitCode::kUsage, quoted + " is no option", "", remedy};
+  const std::vector<CLI::App*> commands = app.get_subcommands();
+  if (!commands.empty()) {
+    return {ExitCode::kUsage, commands.front()->get_name() + " does not take " + quoted, "",
+            remedy};
+  }
+  return {ExitCode::kUsage, quoted + " is no command; the commands are " + command_names(app), "",
+          remedy};
+}
+
+Answer run(int argc, char** argv, CommandLine& line) {
   CLI::App app;
-  CommandLine line;
   describe(app, line);
   try {
     app.parse(argc, argv);
@@ -97,6 +126,11 @@ Answer run(int argc, char** argv) {
   } catch (const CLI::CallForVersion&) {
     return plain_answer("version", app.version());
   } catch (const CLI::ParseError& error) {
+    // What is behind the error was not parsed, but may ask for JSON, too.
+    line.json = line.json || std::ranges::count(argv, argv + argc, std::string_view("--json")) != 0;
+    const bool extras = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+    const bool required = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    if (extras || (required && app.get_subcommands().empty())) throw no_command(app);
     throw Failure(ExitCode::kUsage, error.what(), "", "zelkoractl --help shows what there is");
   }
   const bool named = app.count("--config") != 0;
@@ -106,16 +140,10 @@ Answer run(int argc, char** argv) {
   return run_command(app, line);
 }
 
-// A command line that cannot be parsed asks for JSON, too, when the flag is in it.
-bool wants_json(int argc, char** argv) {
-  const std::vector<std::string_view> words(argv, argv + argc);
-  return std::ranges::find(words, "--json") != words.end();
-}
-
-Answer run_or_explain(int argc, char** argv) {
+Answer run_or_explain(int argc, char** argv, CommandLine& line) {
   Answer answer;
   try {
-    return run(argc, argv);
+    return run(argc, argv, line);
   } catch (const Failure& failure) {
     answer.failure = failure;
   } catch (const std::exception& error) {
@@ -132,9 +160,9 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
     zelkoractl::AnswerChannel channel;
-    const zelkoractl::Answer answer = zelkoractl::run_or_explain(argc, argv);
-    return static_cast<int>(
-        zelkoractl::deliver(answer, zelkoractl::wants_json(argc, argv), channel));
+    zelkoractl::CommandLine line;
+    const zelkoractl::Answer answer = zelkoractl::run_or_explain(argc, argv, line);
+    return static_cast<int>(zelkoractl::deliver(answer, line.json, channel));
   } catch (...) {
     return static_cast<int>(zelkoractl::ExitCode::kFailed);  // no memory is left to say so
   }

@@ -17,18 +17,19 @@ struct Nodes {
   std::vector<std::string> locked;  // those of them that this user may not open
 };
 
-// Looks where the enumeration looks. Call after it, so that the switches have been read.
+// Looks where the enumeration looks. Every node is opened for a moment, which may wake a device.
 Nodes look_at_nodes();
 
 // True when the node exists and may not be opened.
 bool is_locked(const std::string& node);
 
-Failure no_permission(const std::string& message, const std::string& node);
+Failure no_permission(const std::string& message, const std::vector<std::string>& nodes);
 
 // Nodes of panels may be among the locked ones.
 Failure no_permission(const Nodes& nodes);
 
-// Why the enumeration found nothing, as far as nodes and name lists tell.
+// Why the enumeration found nothing, as far as nodes, configuration and name lists tell. Call after
+// it, so that the lists have been read.
 std::vector<std::string> why_nothing_was_found(const Nodes& nodes);
 
 }  // namespace zelkoractl

@@ -15,22 +15,25 @@ namespace {
 
 constexpr int kSchema = 1;
 
-void complain(const std::string& text) { std::fprintf(stderr, "zelkoractl: %s\n", text.c_str()); }
+// What went wrong may quote names of files, devices and arguments.
+void complain(const std::string& text) {
+  std::fprintf(stderr, "zelkoractl: %s\n", printable(text).c_str());
+}
 
 void complain(const Failure& failure) {
-  const std::string node = failure.node().empty() ? "" : failure.node() + ": ";
-  complain(node + failure.message());
+  const std::string nodes = failure.nodes().empty() ? "" : join(failure.nodes()) + ": ";
+  complain(nodes + failure.message());
   if (!failure.remedy().empty()) complain("what to do: " + failure.remedy());
 }
 
 Json to_json(const Failure& failure) {
-  const auto text_or_null = [](const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-  };
-  return {{"code", static_cast<int>(failure.code())},
-          {"message", failure.message()},
-          {"node", text_or_null(failure.node())},
-          {"remedy", text_or_null(failure.remedy())}};
+  const std::vector<std::string>& nodes = failure.nodes();
+  Json document = {{"code", static_cast<int>(failure.code())},
+                   {"message", failure.message()},
+                   {"node", nodes.size() == 1 ? Json(nodes.front()) : Json(nullptr)},
+                   {"remedy", or_null(failure.remedy())}};
+  if (nodes.size() > 1) document["nodes"] = nodes;
+  return document;
 }
 
 std::string to_document(const Answer& answer) {
@@ -43,6 +46,8 @@ std::string to_document(const Answer& answer) {
 }
 
 }  // namespace
+
+Json or_null(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
 AnswerChannel::AnswerChannel() {
   // A standard descriptor that the caller closed would go to the next device node that is opened.
@@ -103,6 +108,14 @@ std::string align(const std::vector<std::vector<std::string>>& rows) {
     }
     line.erase(line.find_last_not_of(' ') + 1);
     text += line + "\n";
+  }
+  return text;
+}
+
+std::string join(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& part : parts) {
+    text += (text.empty() ? "" : ", ") + part;
   }
   return text;
 }

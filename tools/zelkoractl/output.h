@@ -17,6 +17,9 @@ namespace zelkoractl {
 
 using Json = nlohmann::ordered_json;
 
+// What is not known is null in a document.
+Json or_null(const std::string& text);
+
 struct Answer {
   Json document = Json::object();  // with --json
   std::string text;                // without
@@ -46,7 +49,10 @@ ExitCode deliver(const Answer& answer, bool json, AnswerChannel& channel);
 // Rows of cells in columns as wide as their widest cell, two blanks apart.
 std::string align(const std::vector<std::vector<std::string>>& rows);
 
-// Text that came from a device, fit for a terminal: other than printable ASCII becomes \xNN.
+// "a, b, c"
+std::string join(const std::vector<std::string>& parts);
+
+// Text from elsewhere, fit for a terminal: other than printable ASCII becomes \xNN.
 std::string printable(std::string_view text);
 
 }  // namespace zelkoractl

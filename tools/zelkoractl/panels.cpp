@@ -8,6 +8,8 @@
 #include <charconv>
 #include <optional>
 
+#include "nodes.h"
+
 namespace zelkoractl {
 namespace {
 
@@ -43,14 +45,13 @@ std::string call(const Panel& panel) { return "panel " + std::to_string(panel.in
 
 }  // namespace
 
-Found find_panels() {
-  Found found;
+std::vector<Panel> find_panels() {
+  std::vector<Panel> panels;
   const int count = GetTouchPanels(0);
   for (int index = 0; index < count; ++index) {
-    found.panels.push_back(read_entry(index));
+    panels.push_back(read_entry(index));
   }
-  found.nodes = look_at_nodes();
-  return found;
+  return panels;
 }
 
 Panel find_panel(const std::string& name) {
@@ -59,12 +60,13 @@ Panel find_panel(const std::string& name) {
     throw Failure(ExitCode::kUsage, "\"" + name + "\" is no panel number", "",
                   "take a number from the first column of zelkoractl list");
   }
-  Found found = find_panels();
-  if (*index < found.panels.size()) return found.panels[*index];
-  if (!found.nodes.locked.empty()) throw no_permission(found.nodes);
+  std::vector<Panel> panels = find_panels();
+  if (*index < panels.size()) return panels[*index];
+  const Nodes nodes = look_at_nodes();
+  if (!nodes.locked.empty()) throw no_permission(nodes);
   std::string message = "there is no panel " + name;
-  if (found.panels.empty()) {
-    for (const std::string& reason : why_nothing_was_found(found.nodes)) {
+  if (panels.empty()) {
+    for (const std::string& reason : why_nothing_was_found(nodes)) {
       message += "; " + reason;
     }
   }
@@ -102,7 +104,7 @@ OpenPanel::OpenPanel(const Panel& panel) : index_(panel.index) {
   }
   if (OpenTouchDevice(index_) == 0) {
     if (is_locked(panel.node)) {
-      throw no_permission("no permission to open " + call(panel), panel.node);
+      throw no_permission("no permission to open " + call(panel), {panel.node});
     }
     throw Failure(ExitCode::kFailed, call(panel) + " cannot be opened", panel.node,
                   "check that it is still plugged in, then try again");

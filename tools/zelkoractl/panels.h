@@ -8,8 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "nodes.h"
-
 namespace zelkoractl {
 
 struct Panel {
@@ -21,12 +19,7 @@ struct Panel {
   std::string phys;
 };
 
-struct Found {
-  std::vector<Panel> panels;
-  Nodes nodes;
-};
-
-Found find_panels();
+std::vector<Panel> find_panels();
 
 // The panel that the command line names. Throws not found; or no permission, when what is missing
 // may be behind a node that may not be opened.

@@ -31,15 +31,15 @@ constexpr Setting kSettings[] = {
     {"play-method", SetPlayMethod, ZELKORA_EEP_PLAY_METHOD, kNone, kNumber, 0, 2,
      "when the beep plays"},
     {"frequency", SetFrequency, ZELKORA_EEP_FREQUENCY, kNone, kNumber, 500, 3000,
-     "of the beep, in Hz"},
+     "beep frequency, in Hz"},
     {"duration", SetDuration, ZELKORA_EEP_DURATION, kNone, kNumber, 5, 50,
-     "of the beep"},
+     "beep length, in the controller's units"},
     {"screen", SetScreenNo, ZELKORA_EEP_SCREEN_NUMBER, kNone, kNumber, 0, 4,
      "screen the panel maps to; 0 is the first"},
     {"right-click", SetAutoRightClick, ZELKORA_EEP_DISABLE_RIGHT, kNone, kOffOn, 0, 1,
      "a long touch is a right click"},
     {"right-time", SetRightCount, ZELKORA_EEP_RIGHT_TIME, kNone, kNumber, 1, 255,
-     "how long a touch makes a right click"},
+     "touch length that makes a right click"},
     {"rotation", SetRotation, ZELKORA_EEP_ROTATION, kNone, kNumber, 0, 65535,
      "rotation code"},
     {"hid-mode", SetHidMode, ZELKORA_EEP_HID_MODE, ZELKORA_EEP_AUTO_HID, kNumber, 0, 255,
@@ -61,12 +61,6 @@ constexpr Setting kSettings[] = {
 };
 // clang-format on
 
-bool is_switch(const Setting& setting) { return setting.kind == kOnOff || setting.kind == kOffOn; }
-
-int as_number(const Setting& setting, int stored) {
-  return setting.kind == kSigned ? static_cast<int16_t>(stored) : stored;
-}
-
 }  // namespace
 
 std::span<const Setting> all_settings() { return kSettings; }
@@ -82,6 +76,12 @@ std::string setting_names() {
     names += (names.empty() ? "" : ", ") + std::string(setting.name);
   }
   return names;
+}
+
+bool is_switch(const Setting& setting) { return setting.kind == kOnOff || setting.kind == kOffOn; }
+
+int as_number(const Setting& setting, int stored) {
+  return setting.kind == kSigned ? static_cast<int16_t>(stored) : stored;
 }
 
 std::string range_text(const Setting& setting) {

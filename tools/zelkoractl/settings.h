@@ -44,6 +44,12 @@ std::string setting_names();
 // "on, off" or "500..3000".
 std::string range_text(const Setting& setting);
 
+// True when it reads as on or off.
+bool is_switch(const Setting& setting);
+
+// A stored 16-bit value as the number it stands for.
+int as_number(const Setting& setting, int stored);
+
 bool in_range(const Setting& setting, int stored);
 
 // A stored 16-bit value as people read it: "on", "off" or a number. A switch that holds neither 0
