@@ -1,9 +1,12 @@
 include(CMakePackageConfigHelpers)
 
-install(TARGETS zelkora EXPORT zelkora-targets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_COMPONENT Development)
+install(TARGETS zelkora EXPORT zelkora-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES include/zelkora.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
+# Relative to the file itself, so that the installed tree may be moved.
+set(zelkora_pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH zelkora_prefix_from_pc ${zelkora_pc_dir} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH zelkora_include_from_pc ${zelkora_pc_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/zelkora.pc.in zelkora.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/zelkora.pc"
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

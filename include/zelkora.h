@@ -9,13 +9,17 @@
  *  2. Device indexes count from 0 and must lie in 0..3. Two exceptions count from 1:
  *     GetDeviceNode() and the variable ActiveDevice.
  *  3. Results: non-zero is success or true, 0 is failure or false; counting functions return
- *     counts. Getters and setters of settings return the value, or -1 when the controller did
- *     not answer. Functions whose sense is the other way round say so.
- *  4. Nearly every entry point calls GetTouchConf(), so the host's switches and debug switch are
- *     read afresh on every call.
+ *     counts. Getters and setters of settings return the value, or -1 when no acceptable
+ *     reply came. (The kernel hides transfer errors on hiddev, where a silent controller reads back
+ *     the command: a firmware text "OI", values of 0.) Functions whose sense is the other way round
+ *     say so.
+ *  4. What enumerates, looks up a node or opens a panel by its table index calls GetTouchConf()
+ *     first, so the host's switches and debug switch are read afresh each time.
  *  5. One device is open at a time, on the variable fd. OpenTouchDevice() and OpenPCTDevice()
  *     open; CloseTouchDevice() and CloseDevice() close; opening while open leaks the descriptor
- *     that was open. Functions that open and close by themselves say so.
+ *     that was open. Functions that open and close by themselves say so. fd keeps its number after
+ *     a close, and a close of any kind closes that number again, whoever has it by then: set fd to
+ *     0 after a close in a host that opens files of its own.
  *  6. Commands wait for the controller with fixed sleeps (50 ms and more for each attempt, four
  *     attempts at most). No call has another time limit.
  *  7. The library prints to standard output: messages of level 0 to 2 always, level 3 only while
@@ -53,6 +57,15 @@ unsigned char Read_Config(unsigned char* config);
 /* Returns the debug switch: 1 on, 0 off. */
 int GetEnableDebug(void);
 
+/* Delivers a request to the X input driver: SendPCTConfigChange() and its kin. `display` is the
+ * Display* of a connection that is closed after the call; `config` is 0..255. */
+void mydoled_all_display(void* display, unsigned int request, int config);
+
+/* Encode `length` plain bytes of a PCT parameter block, and decode its 32 bytes, by a scheme that
+ * keeps the length; a plain copy will do. The third argument of EncodeData is always 0. */
+void EncodeData(const unsigned char* source, unsigned char* destination, int zero, int length);
+void DecodeData(const unsigned char* source, unsigned char* destination);
+
 /* ------------------------------------------------------------------------------------------
  * Types
  * ---------------------------------------------------------------------------------------- */
@@ -73,6 +86,17 @@ enum {
   ZELKORA_TYPE_RESISTIVE_SERIAL = 2,
   ZELKORA_TYPE_PCT = 3 /* projected-capacitive, USB */
 };
+
+/* Firmware family of a PCT controller: TouchDeviceEntry::IsLegacy and the variable IsLegacy. */
+enum {
+  ZELKORA_FAMILY_UNKNOWN = 0, /* the controller did not tell */
+  ZELKORA_FAMILY_8752 = 1,    /* WDT8752 and WDT8755; takes commands in command mode only */
+  ZELKORA_FAMILY_LEGACY = 2,  /* firmware without a command interface */
+  ZELKORA_FAMILY_8753 = 3     /* firmware with a command interface */
+};
+
+/* Sizes of a PCT parameter block in bytes: plain, and encoded with its checksum behind it. */
+enum { ZELKORA_PCT_BLOCK = 32, ZELKORA_PCT_ENCODED_BLOCK = 34 };
 
 /* Bytes of MyConfig; a byte other than 0 switches its effect on. */
 enum {
@@ -117,7 +141,7 @@ typedef struct TouchDeviceEntry {
   char Phys[256];              /* topology path as the kernel reports it */
   char EventName[36];          /* input event node; filled by FindMyEVDevice() only */
   char ID[36];                 /* "VVVV_PPPP", vendor and product id in upper-case hex */
-  char FWVersion[64];          /* firmware version text; empty when the controller kept silent */
+  char FWVersion[64];          /* firmware version text; empty without an acceptable reply */
   unsigned char POSMode;       /* PCT: POS mode as read at enumeration */
   unsigned char Reserved[100]; /* not used by the library */
   unsigned char HidRaw;        /* 1: the node is a hidraw node */
@@ -168,6 +192,35 @@ typedef struct ResDevInfo {
   unsigned char NotUsed49[3];
   unsigned int Chksum; /* 16-bit checksum of the stored form */
 } ResDevInfo;
+
+/* The parameter record of a PCT panel (68 bytes, packed to 4). The host allocates it. */
+#pragma pack(push, 4)
+typedef struct PCTDevInfo {
+  unsigned char POSMode;
+  unsigned char Digitizer; /* 0 mouse, 1 digitizer */
+  unsigned char BeepOn;    /* 1 on pen down, 2 on pen up, 3 on both */
+  unsigned char PlayMethod;
+  unsigned int Frequency;     /* of the beep, 500..3000 Hz */
+  unsigned char Duration;     /* of the beep, 5..50; 0 none */
+  unsigned char ScreenNumber; /* counted from 0, 0..9 */
+  unsigned char
+      ClickMode; /* 0 mouse emulation, 1 click on touch, 2 on release, 3 right button first */
+  unsigned char DisableRight; /* 1 automatic right click off */
+  unsigned char RightTime;    /* right-click hold time, 0..15 */
+  unsigned char RightRange;   /* right-click range, 0..15 */
+  unsigned char RightUp;      /* 1 menu on right button down, 0 on right button up */
+  unsigned char POSEnable;    /* always 1 after decoding, as the next two */
+  unsigned char HidEnable;
+  unsigned char SyncFlag;
+  unsigned char SN[8]; /* panel serial number */
+  unsigned char DisableReport;
+  unsigned char FlashByte31; /* 0..3 */
+  unsigned char HideCursor;
+  unsigned char Reserved[27];
+  char* FWVersion;     /* the device's firmware version text, for the library to set */
+  unsigned int DevNum; /* the table index the record belongs to */
+} PCTDevInfo;
+#pragma pack(pop)
 
 /* One port of the serial panel list (56 bytes). */
 typedef struct SerialPanelSlot {
@@ -225,7 +278,7 @@ extern unsigned char ReadSerConf; /* 1: the serial panel list was rebuilt by thi
 
 extern ScreenInfoEntry screen_info[ZELKORA_MAX_SCREENS];
 
-extern struct utsname KernelVersion;     /* filled before every hiddev send */
+extern struct utsname KernelVersion;     /* filled before every resistive hiddev send */
 extern struct hiddev_report_info report; /* the report prepared for the open device */
 extern struct hiddev_field_info field;   /* its field 0; maxusage is the report's length */
 extern struct hiddev_usage_ref uref;     /* carries one usage value at a time */
@@ -312,7 +365,8 @@ int DelFile(const char* path);
  * most 255 characters. A missing file, or a line without "=", yields the default (or 0).
  * ---------------------------------------------------------------------------------------- */
 
-/* The value of `key` inside [section] of the file, or the default. Comment lines are passed over. */
+/* The value of `key` inside [section] of the file, or the default. Comment lines are passed
+ * over. */
 int ReadIniKeyValue(const char* path, const char* section, const char* key, int default_value);
 
 /* 1 when a line of the file holds the section header, else 0. A successful call leaves the file
@@ -323,8 +377,10 @@ int IniSectionExist(const char* path, const char* section);
 int get_conf_option(const char* path, const char* key, int default_value);
 
 /* Rewrites the first line that holds `key`, comment lines included, as "key=value". All other
- * lines stay as they are, and the file is never left half written. Returns 1 when the key was
- * there, 0 when it was not or the file could not be rewritten. A missing key is not added. */
+ * lines stay as they are. A crash leaves the old or the new file, but for one that can only be
+ * written in place: a symbolic link, or in a directory that may not be written. Returns 1 when the
+ * key was there, 0 when it was not or the file could not be rewritten. A missing key is not
+ * added. */
 int set_conf_option(const char* path, const char* key, int value);
 int set_conf_option_str(const char* path, const char* key, const char* text);
 
@@ -394,7 +450,10 @@ int ChkUdevPath(void);
 int GetPostModeConf(void);
 
 /* ------------------------------------------------------------------------------------------
- * Enumeration. Fills TouchDevice with at most four panels; leaves no device open.
+ * Enumeration. Fills TouchDevice with at most four panels, none of them open. A HID node of another
+ * device, such as a keyboard, keeps the descriptor it was asked on: a host that enumerates often
+ * does so in a child process, or closes the descriptors that appeared. A panel that was open before
+ * is no longer the current one, and its descriptor stays open.
  * ---------------------------------------------------------------------------------------- */
 
 /* Finds the panels of every kind. The argument has no use. Returns DeviceNumber. */
@@ -404,8 +463,9 @@ int GetTouchPanels(int x);
  * found only by a name list that an earlier GetTouchPanels() loaded. Returns PCTDeviceNumber. */
 int GetPCTTouchPanels(int x);
 
-/* The walks over the hiddev and the hidraw nodes, and the examination of one node. The walks
- * return 1. */
+/* The walks over the hiddev and the hidraw nodes, and the examination of one node. They go by the
+ * ids, lists and switches of an earlier enumeration, match nothing before one, and append to the
+ * table without clearing it. The walks return 1. */
 int FindMyHidDevice(void);
 int FindMyHidRawDevice(void);
 void MatchMyHidDevice(const char* path);
@@ -418,13 +478,15 @@ int FindMyEVDevice(int index);
 int ChkDevExist(void);
 
 /* ------------------------------------------------------------------------------------------
- * HID report exchange on fd. For hosts that speak a command of their own; 0 is failure.
+ * HID report exchange on fd. For hosts that speak a command of their own. 0 is failure; receiving
+ * over hiddev does not notice one, and counts the report's bytes all the same.
  * ---------------------------------------------------------------------------------------- */
 
 /* Prepares hiddev feature report 1 of a resistive controller. 0 only when fd is negative. */
 unsigned int init_Hiddev(void);
 
-/* Sends a resistive command of at most 63 bytes, and waits 50 ms. Returns 1 or 0. */
+/* Sends a resistive command of at most 63 bytes, and waits 50 ms when it was taken. Returns 1 or
+ * 0. */
 unsigned int SendData(const unsigned char* data, unsigned int length);
 
 /* Reads a resistive reply, at most `length` bytes of it (63 at most), into `out`. A reply as long
@@ -434,8 +496,8 @@ unsigned int ReceiveData(unsigned char* out, unsigned int length);
 /* Prepares a hiddev feature report of a PCT controller. Returns 1 or 0. */
 unsigned int init_Pct_Hiddev(unsigned int report_id);
 
-/* Sends the prepared report, one byte of `data` for each usage (64 at most), and waits 50 ms.
- * Returns 1 or 0. */
+/* Sends the prepared report, one byte of `data` for each usage (64 at most), and waits 50 ms
+ * when it was taken. Returns 1 or 0. */
 unsigned int SendDataPct(const unsigned char* data);
 
 /* Reads the prepared report into `out`, 64 bytes. Returns the number of bytes read. */
@@ -481,6 +543,73 @@ int CloseDevice(void);
 void CloseTouchDevice(int index);
 
 /* ------------------------------------------------------------------------------------------
+ * PCT commands, on the open device. None is repeated but where it says so.
+ * ---------------------------------------------------------------------------------------- */
+
+/* The firmware family, ZELKORA_FAMILY_...; sets nothing. */
+int GetIsLegacy(void);
+
+/* Reads the firmware version into FWVersion and FWRev of entry `index` (0..3). Returns 1 or 0. */
+int GetFwID(int index);
+
+/* Ask the controller for a device mode - 0x90 command mode, 0x01 normal mode - and whether it is in
+ * one: 1 or 0. */
+void set_device_mode(unsigned char mode);
+int get_device_mode(unsigned char mode);
+
+/* Enter and leave command mode in at most 21 attempts. Return the attempts left: 20 after success
+ * at once, 0 after success at the last attempt, -1 when all failed. Only 0 counts as failure. */
+int enter_cmd_mode(void);
+int leave_cmd_mode(void);
+
+/* Read and write the parameter block in the controller's flash: 32 plain bytes, through the host's
+ * DecodeData() and EncodeData(). `length` is 32. Reading returns the block's checksum, 0 on failure
+ * with `dest` untouched; writing returns 1 or 0. */
+int ReadPCTParames(unsigned char* dest, int length);
+int WritePCTParames(const unsigned char* src);
+
+/* Reads the USB id that the controller goes by, in at most 21 attempts of 300 ms: `vid` holds the
+ * vendor id expected, and both receive what came last, expected or not. Returns non-zero, or 0 with
+ * both untouched when the last attempt brought no reply. */
+int ReadUSBID(unsigned int* vid, unsigned int* pid);
+
+/* Writes the USB id, which takes effect after a reset. Returns 1 or 0. */
+int WriteUSBID(unsigned int vid, unsigned int pid);
+
+/* Sends the reset command, and does not ask whether it arrived. Returns 1. */
+int ResetPCTController(void);
+
+/* Opens entry `index` (0..3), resets it, closes it. Returns 1, 0 when it could not be opened. */
+int PCT_ResetDevice(int index);
+
+/* ------------------------------------------------------------------------------------------
+ * PCT parameter blocks
+ * ---------------------------------------------------------------------------------------- */
+
+/* A plain block (32 bytes) to a record, with values out of range repaired: Digitizer above 1
+ * becomes 1; BeepOn above 3, 0; PlayMethod above 2, 1; Frequency outside 500..3000, 1000; Duration
+ * outside 5..50, 0; ScreenNumber above 9, 0; FlashByte31 above 3, 0; HideCursor above 1, 0. A
+ * DisableReport above 1 stays, and DisableRight becomes 0 in its place. */
+void PCTParsingParamas(PCTDevInfo* rec, const unsigned char* plain);
+
+/* A record to a plain block (32 bytes); bytes of no parameter stay as they are. */
+void PCTParamaEncode(const PCTDevInfo* rec, unsigned char* plain);
+
+/* A plain block (32 bytes) to an encoded one (34 bytes, the checksum last), and back. `length` is
+ * 32. Decoding returns the checksum, or 0, with `plain` untouched, when it is wrong or 0. */
+void EncodeParames(const unsigned char* plain, unsigned char* encoded, int length);
+int DecodeParames(unsigned char* plain, const unsigned char* encoded, int length);
+
+/* Fills a record with the defaults of the defaults file; fields without a default keep theirs. */
+void GetPCTParamDefault(PCTDevInfo* rec);
+
+/* Clears the parameter block in the open controller's flash. Returns 1 or 0. */
+int EmptyParames(void);
+
+/* Copies the firmware version text of entry `index` (0..3) to `out`, 64 bytes. Returns 1. */
+int GetFWVersionStr(int index, char* out);
+
+/* ------------------------------------------------------------------------------------------
  * Resistive commands, on the open device. Each is tried at most four times.
  * ---------------------------------------------------------------------------------------- */
 
@@ -512,7 +641,8 @@ int AXI_WriteEEPValue(int page, const unsigned char* data);
 /* The count unit, or -1. */
 int GetCountUnit(void);
 
-/* Opens entry `devnum` (nothing happens when negative), sends PermanentParameter(), closes. */
+/* Opens entry `devnum` (nothing happens when negative), sends PermanentParameter(), closes. As of
+ * SetCurren...(), fd is closed even when the open failed. */
 void LockParameter(int devnum);
 
 /* Sets the backlight duty, one byte. Returns 1 or 0. Over USB the result is always 0: the reply
@@ -571,7 +701,8 @@ int SetScreenNo(unsigned int value);
 
 /* Open entry `devnum`, set one value, close. Return 1 when what came back equals `value`, else 0.
  * A device that cannot be opened brings back 0, so asking such a device for 0 returns 1: open it
- * yourself to tell the two apart. A negative devnum returns 0. */
+ * yourself to tell the two apart. fd is closed even when nothing was opened: an entry of no type
+ * closes whatever has that number by now. A negative devnum returns 0. */
 int SetCurrenAutoRightClick(int devnum, unsigned int value);
 int SetCurrenReportMode(int devnum, unsigned int value);
 int SetCurrenHidMode(int devnum, unsigned int value);
@@ -596,9 +727,75 @@ void SetSerConf(const char* key_stem, unsigned int value);
 void GetResParamDefault(ResDevInfo* rec);
 
 /* Checks the firmware of the resistive USB panel open on fd, for entry `devnum` (0..3). Returns 1
- * and stores the text in the entry when the panel is supported or silent; 0, with fd closed, when
- * it is not supported. */
+ * and stores the text in the entry when the panel is supported, or gave no acceptable reply; 0,
+ * with fd closed, when it is not supported. */
 int ChkResFW(int devnum);
+
+/* ------------------------------------------------------------------------------------------
+ * Screens, driver notifications, external tools. The screens and the notifications call Xlib and
+ * XRandR, which the library does not bring along: a host that uses them links libX11 and
+ * libXrandr itself. Others link without (ld --allow-shlib-undefined, as zelkora.pc and the CMake
+ * package say) and must not call them.
+ * ---------------------------------------------------------------------------------------- */
+
+enum {
+  ZELKORA_SCREEN_LINE = 96, /* bytes of one line of get_screen_list() */
+  ZELKORA_MAX_PIDS = 100    /* entries of GetTouchServicePid() */
+};
+
+/* Both list the lit screens of the default display into screen_info, four at most, in the order
+ * of the display's CRTCs. A screen is named by the output at its CRTC's position; a longer name is
+ * cut to 19 characters. Return the number of screens, 0 without a display. */
+int get_screen(void);
+int GetSysScreenNumber(void);
+
+/* The following list the screens anew and return their number. Their lines read
+ * "NAME [WIDTHxHEIGHT+X+Y]", 24 blanks, line feed. */
+
+/* Prints every screen with its number, counted from 1, and a mark at screen `current` (counted from
+ * 0), at debug level 3. */
+int show_screen_list(int current);
+
+/* Writes the line of each screen to its buffer: four buffers of ZELKORA_SCREEN_LINE bytes. */
+int get_screen_list(char** lines);
+
+/* Prints screen `index`, counted from 0, at debug level 3; nothing when there is no such screen. */
+int show_screen(int index);
+
+/* Ask the X input driver, through mydoled_all_display(), to read its PCT settings again (0x80000),
+ * to let go of the panels (0x800), to read its resistive settings again (0x1000000), to look up
+ * the screen numbers again (0x20000). Byte 4 of MyConfig is handed on. Return what XCloseDisplay()
+ * returned, 0 without a display; Xlib itself returns 0 as well. */
+int SendPCTConfigChange(void);
+int DisableTouchDriver(void);
+int SendResConfigChange(void);
+int SendRegetScreenNumber(void);
+
+/* Run a tool and wait for it: calibration, free drawing, alignment of panels and screens. The
+ * arguments go through the shell as they are, so hand in no text of unknown origin. Return, the
+ * other way round than usual, 1 when the tool failed; 0 when it succeeded or no shell could be run.
+ * A command longer than 49 characters is not run and counts as failed. */
+int ExecuteCalibration(const char* dev_path, int calib_point);
+int ExecuteScrimble(int first, int second, const char* text);
+int ExecuteMap(void);
+
+/* The process ids of the touch service, written to `pids`, ZELKORA_MAX_PIDS entries. Returns their
+ * number. */
+int GetTouchServicePid(int* pids);
+
+/* Kill the touch service, and start it in the background. Return, the other way round than usual,
+ * 1 when the last command failed; 0 when it succeeded, none was needed or no shell could be run. */
+int DisableTouchService(void);
+int EnableTouchService(void);
+
+/* Rewrites the boot script that was marked as changed, with its lines as they are: a check of the
+ * number of devices is not added. Always returns 0. */
+int SaveCheckDeviceNumber(int number);
+
+/* Read the host's configuration and return byte 6, byte 8 of MyConfig: hide the cursor; do not hide
+ * it for resistive panels. The argument has no use. */
+int get_en_hide_cursor(int x);
+int get_dis_res_hide_cursor(int x);
 
 #if defined(__GNUC__)
 #pragma GCC visibility pop

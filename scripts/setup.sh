@@ -44,13 +44,14 @@ need() {
 
 # To build the library, the tool and the simulator.
 need_build_packages() {
-    need g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libinih-dev
+    need g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libinih-dev \
+        libx11-dev libxrandr-dev
 }
 
 # To test them as well.
 need_test_packages() {
     need git python3 libgtest-dev clang-14 clang clang-format-14 clang-tidy-14 \
-        shellcheck
+        shellcheck xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
 }
 
 # To test them on a real kernel.

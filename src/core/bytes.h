@@ -16,6 +16,17 @@ inline void put_hex(std::span<uint8_t> out, unsigned value) {
   }
 }
 
+inline unsigned get_le16(const uint8_t* bytes) { return bytes[0] | unsigned{bytes[1]} << 8; }
+
+inline uint32_t get_le32(const uint8_t* bytes) {
+  return get_le16(bytes) | uint32_t{get_le16(bytes + 2)} << 16;
+}
+
+inline void put_le16(uint8_t* bytes, unsigned value) {
+  bytes[0] = static_cast<uint8_t>(value);
+  bytes[1] = static_cast<uint8_t>(value >> 8);
+}
+
 // A byte as a signed number, for the places that print or compare it so.
 inline int as_signed(uint8_t byte) { return static_cast<int8_t>(byte); }
 

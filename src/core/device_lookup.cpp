@@ -13,10 +13,9 @@ void GetEventDeviceName(int index, char* out) {
 
 int GetDeviceNode(int number, char* out) {
   if (GetTouchPanels(0) == 0) return 0;
-  const std::string_view name = zelkora::field_text(TouchDevice[number - 1].Name);
-  std::memcpy(out, name.data(), name.size());
-  out[name.size()] = '\0';
-  if (zelkora::contains(name, "hid")) return 1;
-  if (zelkora::contains(name, "tty")) return 2;
+  const auto& name = TouchDevice[number - 1].Name;
+  zelkora::copy_text(out, name);
+  if (zelkora::contains(zelkora::field_text(name), "hid")) return 1;
+  if (zelkora::contains(zelkora::field_text(name), "tty")) return 2;
   return 0;
 }

@@ -20,6 +20,18 @@ inline constexpr char kHybridModeFlag[] = "/opt/.touch_panel/.hybrid";
 inline constexpr char kNoSerialFlag[] = "/opt/.touch_panel/.disable_rs232";
 inline constexpr char kUdevInEtcFlag[] = "/opt/.touch_panel/udevdef";
 
+// Where distributions keep their boot script. The marker beside it is the copy that was made when
+// the script was first changed, and tells which of them is in use.
+struct BootScript {
+  const char* marker;
+  const char* script;
+};
+inline constexpr BootScript kBootScripts[] = {
+    {"/etc/rc.local.old", "/etc/rc.local"},
+    {"/etc/rc.d/rc.local.old", "/etc/rc.d/rc.local"},
+    {"/etc/init.d/rc.local.old", "/etc/init.d/rc.local"},
+};
+
 inline constexpr char kDev[] = "/dev";
 inline constexpr char kDevUsb[] = "/dev/usb";
 inline constexpr char kDevInput[] = "/dev/input";

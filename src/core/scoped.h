@@ -18,8 +18,8 @@ template <typename T, auto kRelease>
 class ScopedPointer {
  public:
   explicit ScopedPointer(T* owned = nullptr) : owned_(owned) {}
-  ScopedPointer(ScopedPointer&& other) noexcept : owned_(other.release()) {}
-  ScopedPointer& operator=(ScopedPointer&&) = delete;
+  ScopedPointer(const ScopedPointer&) = delete;
+  ScopedPointer& operator=(const ScopedPointer&) = delete;
   ~ScopedPointer() {
     if (owned_ != nullptr) kRelease(owned_);
   }

@@ -36,4 +36,12 @@ std::string_view field_text(const char (&field)[kSize]) {
   return field_text(field, kSize);
 }
 
+// Copies a field's text out; `out` is as large as the field.
+template <size_t kSize>
+void copy_text(char* out, const char (&field)[kSize]) {
+  const std::string_view text = field_text(field, kSize - 1);
+  std::memcpy(out, text.data(), text.size());
+  out[text.size()] = '\0';
+}
+
 }  // namespace zelkora

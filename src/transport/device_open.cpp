@@ -49,7 +49,9 @@ int OpenPCTUsbDevice(int index) {
   fd = open(TouchDevice[index].Name, O_RDONLY);
   if (fd < 1) return 0;
   IsLegacy = TouchDevice[index].IsLegacy;
-  return 1;
+  if (IsLegacy != ZELKORA_FAMILY_8752) return 1;
+  DebugMsg(kTrace, "OpenPCTUsbDevice 8752\n");
+  return enter_cmd_mode() != 0 ? 1 : 0;
 }
 
 int OpenPCTDevice(int index) {
@@ -66,6 +68,7 @@ int OpenPCTDevice(int index) {
 int CloseDevice(void) {
   DebugMsg(kTrace, "CloseDevice\n");
   if (fd == 0) return 0;
+  if (IsLegacy == ZELKORA_FAMILY_8752) leave_cmd_mode();
   return close(fd);
 }
 

@@ -20,9 +20,10 @@ def texts_of(path):
         text = "".join(re.findall(LITERAL, found.group(1))).replace('""', "").strip('"')
         if re.sub(r"%[0-9.]*[a-zA-Z]|\\n|\W", "", text):
             yield text.removesuffix("\\n")
-    for error in re.findall(rf"({LITERAL})", code):
-        if error.endswith('error\\n"'):
-            yield error.strip('"').removesuffix("\\n")
+    # Texts that a table row carries to its print.
+    for text in re.findall(rf"({LITERAL})", code):
+        if text.endswith('\\n"'):
+            yield text.strip('"').removesuffix("\\n")
 
 
 def pieces(text):

@@ -28,7 +28,7 @@ print(panel.id(), panel.name(), panel.text(0x12))
 """)
         self.assert_prints("3A4C:1688 Zelkora Virtual Resistive usb-0000:00:14.0-1/input0", result)
 
-    def test_a_specification_sets_ids_texts_and_stored_values(self):
+    def test_a_description_sets_ids_texts_and_stored_values(self):
         result = session("""
 panel = Panel()
 print(panel.id(), panel.name(), panel.command("OI"), panel.command("GP56"))
@@ -117,15 +117,15 @@ print(panel.command("GP56"))
 """, "--panel", "resistive,silent-commands=0")
         self.assert_prints("V1.2\n01 4F 49 0D\n01 47 50 35 36 0D\n0001", result)
 
-    def test_faults_of_a_specification_reach_the_controller(self):
+    def test_faults_of_a_description_reach_the_controller(self):
         result = session("""
 panel = Panel()
 print(panel.command("SP560000"), panel.command("SP560000"), panel.command("GP56"))
 """, "--panel", "resistive,bad-acknowledges=1,stores=77")
         self.assert_prints("1 0 004D", result)
 
-    def test_a_wrong_specification_is_refused_with_the_reason(self):
-        for specification, reason in [
+    def test_a_wrong_description_is_refused_with_the_reason(self):
+        for description, reason in [
                 ("projected", "'projected' is no kind of panel; known: resistive"),
                 ("resistive,colour=red", "unknown key 'colour'"),
                 ("resistive,", "unknown key ''"),
@@ -141,8 +141,8 @@ print(panel.command("SP560000"), panel.command("SP560000"), panel.command("GP56"
                 ("resistive,word1=65536", "expected word0=0"),
                 ("resistive,word1", "expected word0=0"),
                 ("resistive,stores=-1", "'-1' is no value for 'stores'")]:
-            with self.subTest(specification):
-                self.assert_fails(2, reason, session(["true"], "--panel", specification))
+            with self.subTest(description):
+                self.assert_fails(2, reason, session(["true"], "--panel", description))
 
 
 class Descriptors(SimulatorTest):

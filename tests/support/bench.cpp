@@ -34,7 +34,10 @@ void copy_text(std::span<char> target, const std::string& text) {
 
 }  // namespace
 
-Bench::Bench() { g_host = {}; }
+Bench::Bench() {
+  g_host = {};
+  g_x = {};
+}
 Bench::~Bench() = default;
 
 void Bench::SetUp() {
@@ -51,6 +54,7 @@ void Bench::TearDown() {
   const std::vector<int> leaked = leaked_descriptors();
   EXPECT_EQ(leaked.size(), expected_leaks_) << "descriptors opened by this test and left open";
   EXPECT_EQ(seams_.open_pipes(), 0U) << "pipes without a pclose()";
+  EXPECT_EQ(x.held, 0) << "displays and answers of the X server that were not given back";
   for (const int descriptor : leaked) {
     // Those of files belong to streams, which close them at the end of the program.
     if (seams_.serves(descriptor)) ::close(descriptor);

@@ -18,6 +18,7 @@
 //
 // The trace holds the lines of the virtual kernel (see virtual_kernel.h) and
 //   usleep 50000 | sleep 1 | uname | system CMD | popen CMD | pclose | perror TEXT | log TEXT
+//   XOpenDisplay | XRRGetCrtcInfo 0 | mydoled_all_display 0x800 0 (see fake_x.h)
 //   tcgetattr /dev/ttyS0 | tcflush TCIFLUSH /dev/ttyS0 | tcsetattr TCSANOW /dev/ttyS0
 // where TEXT of a log line stands behind its prefix and without its line feed: "log EE:unable to
 // open device". messages() has it to the byte.
@@ -40,6 +41,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fake_x.h"
 #include "host.h"
 #include "private_root.h"
 #include "resistive_controller.h"
@@ -83,6 +85,7 @@ class Bench : public testing::Test {
   void TearDown() override;
 
   Host& host = g_host;
+  FakeX& x = g_x;
 
  private:
   Seams seams_;
@@ -115,12 +118,13 @@ class Bench : public testing::Test {
   // --- what the machine answers ---
   void set_kernel_release(std::string release) { seams_.kernel_release = std::move(release); }
   void answer_command(CommandAnswer answer) { seams_.commands.push_back(std::move(answer)); }
+  void forget_commands() { seams_.commands.clear(); }
   void allow_any_command() { seams_.any_command = true; }
   // The node is not there, and the library may find that out by opening it.
   void expect_absent(const std::string& path) { seams_.absent_nodes.insert(path); }
   // The next call of that name on that file fails, once `skipped` such calls went through: open,
-  // read, write, fopen, opendir, mkostemp, rename (by its target), fsync, fchown, ftruncate. A
-  // path that ends in "*" stands for all that begin like it.
+  // read, write, fopen, popen (by its command), opendir, mkostemp, rename (by its target), fsync,
+  // fchown, ftruncate. A path that ends in "*" stands for all that begin like it.
   void fail_file_call(std::string call, std::string path, int error, int skipped = 0) {
     seams_.fail_file_call(std::move(call), std::move(path), error, skipped);
   }

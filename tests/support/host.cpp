@@ -3,7 +3,11 @@
 #include "host.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+
+#include "fake_x.h"
+#include "seams.h"
 
 namespace zelkora::test {
 
@@ -36,3 +40,24 @@ unsigned char Read_Config(unsigned char* config) {
 }
 
 int GetEnableDebug(void) { return zelkora::test::g_host.debug; }
+
+void mydoled_all_display(void* display, unsigned int request, int config) {
+  using zelkora::test::g_host;
+  if (zelkora::test::Seams* seams = zelkora::test::Seams::active()) {
+    char line[64];
+    std::snprintf(line, sizeof line, "mydoled_all_display 0x%X %d", request, config);
+    seams->trace.emplace_back(line);
+  }
+  g_host.notified_display = display;
+  g_host.display_was_open = display != nullptr && display == zelkora::test::g_x.last_display;
+}
+
+// A scheme of the host's own: not a plain copy, so that a forgotten call shows.
+void EncodeData(const unsigned char* source, unsigned char* destination, int /*zero*/, int length) {
+  std::transform(source, source + length, destination,
+                 [](unsigned char byte) { return static_cast<unsigned char>(byte ^ 0x5A); });
+}
+
+void DecodeData(const unsigned char* source, unsigned char* destination) {
+  EncodeData(source, destination, 0, ZELKORA_PCT_BLOCK);
+}

@@ -53,7 +53,7 @@ extern "C" {
 
 int open(const char* path, int flags, ...) {
   mode_t mode = 0;
-  if ((flags & (O_CREAT | O_TMPFILE)) != 0) {
+  if ((flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE) {
     va_list arguments;
     va_start(arguments, flags);
     mode = va_arg(arguments, mode_t);
@@ -136,6 +136,7 @@ int system(const char* command) {
 }
 
 FILE* popen(const char* command, const char* mode) {
+  if (spoiled("popen", command)) return nullptr;
   if (Seams* seams = Seams::active()) return seams->open_pipe(command);
   static const auto real = next<decltype(&::popen)>("popen");
   return real(command, mode);

@@ -7,13 +7,17 @@
 #include <cstring>
 #include <string>
 
-#include "support/bench.h"
+#include "pct/pct_bench.h"
 
 namespace {
 
 using zelkora::test::data_file;
+using zelkora::test::debug_messages;
+using zelkora::test::joined;
 using zelkora::test::Lines;
 using zelkora::test::Panel;
+using zelkora::test::repeated;
+using zelkora::test::Way;
 using zelkora::test::write_file;
 
 class DeviceOpenTest : public zelkora::test::Bench {
@@ -290,6 +294,92 @@ TEST_F(DeviceOpenTest, OpeningWhileOpenLeavesTheOldDescriptorOpen) {
   EXPECT_NE(fd, old);
   EXPECT_EQ(CloseDevice(), 0);
   EXPECT_EQ(leaked_descriptors(), std::vector{old});
+}
+
+// Controllers of the 8752 family, which are open in command mode only.
+class LegacyOpenTest : public zelkora::test::PctBench {
+ protected:
+  static constexpr Way kWay{true, ZELKORA_FAMILY_8752};
+
+  static Lines mode_attempt(const std::string& wanted, const std::string& found) {
+    return {"set_report 8: 91 02 00 82 " + wanted, "usleep 5000", "set_report 6: 73 0C",
+            "usleep 10000", "get_report 7: AA BB CC " + found + " DD"};
+  }
+};
+
+TEST_F(LegacyOpenTest, OpeningEntersCommandModeAndClosingLeavesIt) {
+  follow_modes();
+  set_entry(kWay, 1);
+  EXPECT_EQ(OpenPCTUsbDevice(1), 1);
+  EXPECT_EQ(IsLegacy, ZELKORA_FAMILY_8752);
+  EXPECT_EQ(exchanges(), joined({{"open /dev/hidraw7 O_RDONLY"}, mode_attempt("90", "90")}));
+  EXPECT_EQ(messages(), debug_messages({"OpenPCTUsbDevice 8752\n", "enter_cmd_mode\n",
+                                        "get_device_mode 0x90:0x90---match\n"}));
+  clear_trace();
+  EXPECT_EQ(CloseDevice(), 0);
+  EXPECT_EQ(exchanges(), joined({mode_attempt("01", "01"), {"close /dev/hidraw7"}}));
+  EXPECT_EQ(messages(), debug_messages({"CloseDevice\n", "leave_cmd_mode\n",
+                                        "get_device_mode 0x1:0x1---match\n"}));
+}
+
+TEST_F(LegacyOpenTest, OverHiddevItIsTheSame) {
+  follow_modes();
+  set_entry({false, ZELKORA_FAMILY_8752});
+  EXPECT_EQ(OpenPCTDevice(0), 1);
+  EXPECT_EQ(CloseDevice(), 0);
+  EXPECT_EQ(trace_of({"open", "set_report", "close"}),
+            (Lines{"open /dev/usb/hiddev7 O_RDONLY", "set_report 8: 91 02 00 82 90",
+                   "set_report 6: 73 0C", "set_report 8: 91 02 00 82 01", "set_report 6: 73 0C",
+                   "close /dev/usb/hiddev7"}));
+}
+
+TEST_F(LegacyOpenTest, ClosingATouchDeviceDoesNotLeaveCommandMode) {
+  follow_modes();
+  set_entry(kWay);
+  EXPECT_EQ(OpenTouchDevice(0), ZELKORA_TYPE_PCT);
+  clear_trace();
+  CloseTouchDevice(0);
+  EXPECT_EQ(trace(), (Lines{"log zelkora DD:CloseTouchDevice", "close /dev/hidraw7"}));
+}
+
+TEST_F(LegacyOpenTest, SuccessAtTheLastAttemptReadsAsFailureAndLeavesTheNodeOpen) {
+  expect_leaked_descriptors(1);
+  follow_modes(20);
+  set_entry(kWay);
+  EXPECT_EQ(OpenPCTDevice(0), 0);
+  EXPECT_EQ(exchanges(), joined({{"open /dev/hidraw7 O_RDONLY"},
+                                 repeated(20, mode_attempt("90", "01")),
+                                 mode_attempt("90", "90")}));
+  EXPECT_EQ(messages().back(), "EE:unable to open device\n");
+  EXPECT_EQ(leaked_descriptors(), std::vector{fd});
+}
+
+TEST_F(LegacyOpenTest, ThatFailureReachesTheCallerOfOpenTouchDevice) {
+  expect_leaked_descriptors(1);
+  follow_modes(20);
+  set_entry(kWay);
+  EXPECT_EQ(OpenTouchDevice(0), 0);
+  EXPECT_EQ(messages().back(), "zelkora DD:device0 not exist err: 0\n");
+}
+
+TEST_F(LegacyOpenTest, AControllerThatNeverEntersCommandModePassesAsOpen) {
+  follow_modes(21);
+  set_entry(kWay);
+  EXPECT_EQ(OpenPCTDevice(0), 1);
+  EXPECT_EQ(exchanges(),
+            joined({{"open /dev/hidraw7 O_RDONLY"}, repeated(21, mode_attempt("90", "01"))}));
+  follow_modes();
+  EXPECT_EQ(CloseDevice(), 0);
+}
+
+TEST_F(LegacyOpenTest, ANodeIsClosedEvenIfCommandModeCannotBeLeft) {
+  follow_modes();
+  set_entry(kWay);
+  EXPECT_EQ(OpenPCTDevice(0), 1);
+  clear_trace();
+  fail_sends(-1);
+  EXPECT_EQ(CloseDevice(), 0);
+  EXPECT_EQ(exchanges(), joined({repeated(21, {"usleep 5000"}), {"close /dev/hidraw7"}}));
 }
 
 }  // namespace
