@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The enumerations and their walks over the directories.
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -40,6 +42,20 @@ TEST_F(HidScanTest, GetTouchPanelsSaysItsStepsInOrder) {
                     kWalk,
                     kRawWalk,
                     {"GetTouchPanels DeviceNumber:0---end\n"}}));
+}
+
+TEST_F(HidScanTest, AnEnumerationLeavesTheOpenPanelAndOtherSubsystemsAlone) {
+  open_resistive();
+  const int open_before = fd;
+  ActiveDevice = 3;
+  ReadSerConf = 1;
+  IsLegacy = 7;
+  GetTouchPanels(0);
+  GetPCTTouchPanels(0);
+  EXPECT_EQ(ActiveDevice, 3);
+  EXPECT_EQ(ReadSerConf, 1);
+  EXPECT_EQ(IsLegacy, 7);
+  EXPECT_NE(::fcntl(open_before, F_GETFD), -1) << "the descriptor open before stays open";
 }
 
 TEST_F(HidScanTest, GetTouchPanelsIsSilentWithoutTheDebugSwitch) {
