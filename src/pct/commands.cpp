@@ -124,7 +124,7 @@ int ReadPCTParames(unsigned char* dest, int length) {
   const Layout& layout = current_layout();
   DebugMsg(kTrace, "***ReadPCTParames start***\n");
   DebugMsg(kTrace, "%s", layout.read_log);
-  const auto wanted = static_cast<uint8_t>(length + 2);
+  const auto wanted = static_cast<uint8_t>(static_cast<unsigned>(length) + 2U);
   if (!send({kQueryReport, 0xA1, wanted})) {
     DebugMsg(kTrace, "%s", layout.read_send_error);
     return 0;
