@@ -48,6 +48,15 @@ TEST_F(HostConfigTest, TakesOverTheDebugSwitchAsItIs) {
   }
 }
 
+TEST_F(HostConfigTest, TakesOverTheDebugSwitchBeforeTheConfigurationIsRead) {
+  for (const int debug : {1, 0, 2}) {
+    host.debug = debug;
+    DbgFlag = 77;
+    GetTouchConf(0);
+    EXPECT_EQ(host.debug_flag_at_read, debug);
+  }
+}
+
 TEST_F(HostConfigTest, TakesOverTheDebugSwitchEvenWhenTheReadFails) {
   host.debug = 1;
   host.config_read = 0;

@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -143,6 +145,16 @@ TEST_F(XorgConfTest, TheNumberOfSectionsIsAlwaysOne) {
     EXPECT_EQ(GetDevceNumbersConf(), 1);
   }
   EXPECT_EQ(messages(), Lines{});
+}
+
+TEST_F(XorgConfTest, TheNumberOfSectionsIsOneForAFileThatMayNotBeRead) {
+  write_file(data_file("X11/xorg.conf"), kXorgConf);
+  fail_file_call("fopen", data_file("X11/xorg.conf"), EACCES);
+  EXPECT_EQ(GetDevceNumbersConf(), 1);
+  // The file was asked for: the refusal is used up.
+  std::FILE* file = std::fopen(data_file("X11/xorg.conf").c_str(), "r");
+  ASSERT_NE(file, nullptr);
+  std::fclose(file);
 }
 
 TEST_F(XorgConfTest, TheUniqueIdIsThatOfTheNumberedSection) {

@@ -53,6 +53,22 @@ TEST_F(HidScanEntryTest, AResistivePanelFillsItsEntry) {
                             "MatchFlag:1\n"}));
 }
 
+TEST_F(HidScanEntryTest, WhatOnlyAPctPanelHasIsZeroForAResistiveOne) {
+  attach_resistive({.hidraw = ""});
+  std::memset(TouchDevice, 0xFF, sizeof TouchDevice);
+  IsLegacy = 7;
+  ASSERT_EQ(GetTouchPanels(0), 1);
+  const TouchDeviceEntry& entry = TouchDevice[0];
+  for (const unsigned char byte : entry.SN) EXPECT_EQ(byte, 0);
+  EXPECT_EQ(entry.POSMode, 0);
+  for (const unsigned char byte : entry.Reserved) EXPECT_EQ(byte, 0);
+  EXPECT_EQ(entry.IsLegacy, 0);
+  EXPECT_EQ(entry.OldVID, 0U);
+  EXPECT_EQ(entry.OldPID, 0U);
+  EXPECT_EQ(entry.FWRev, 0);
+  EXPECT_EQ(entry.FWRevFlash, 0);
+}
+
 TEST_F(HidScanEntryTest, APctPanelFillsItsEntry) {
   add("/dev/hidraw4", {0x2575, 0x8ABC, "Zelkora", "Virtual PCT"}, "usb-4/input0");
   device_type = 2;

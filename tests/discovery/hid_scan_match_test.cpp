@@ -173,6 +173,16 @@ TEST_F(HidScanMatchTest, StrangeIdsLeaveTheNodeOpen) {
   expect_left_open();
 }
 
+TEST_F(HidScanMatchTest, TheLoadedIdsDecideAsTheyStand) {
+  add(kNode, kPctIdentity);
+  cMyHidInfo.PctVendorCount = 0;
+  match(kNode);
+  EXPECT_EQ(DeviceNumber, 0);
+  EXPECT_EQ(cMyHidInfo.PctVendorCount, 0);
+  EXPECT_EQ(host.config_reads, 0);
+  expect_left_open();
+}
+
 TEST_F(HidScanMatchTest, TheNextOpenTakesTheDescriptorOver) {
   add(kNode, kStrangeIdentity);
   add("/dev/usb/hiddev1", named(0x2575, 1, "Other Panel"));

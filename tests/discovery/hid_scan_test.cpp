@@ -19,6 +19,7 @@ using zelkora::test::kStrangeIdentity;
 using zelkora::test::Lines;
 using zelkora::test::Panel;
 using zelkora::test::read_file;
+using zelkora::test::reset_library_state;
 using zelkora::test::trace_messages;
 using zelkora::test::write_file;
 using HidScanTest = zelkora::test::DiscoveryBench;
@@ -95,12 +96,16 @@ TEST_F(HidScanTest, TheListsAndTheirCountsAreLoaded) {
 
 TEST_F(HidScanTest, TheConfigurationIsReadOnceAndFirst) {
   host.config = {1, 1, 1, 1, 9, 0, 0, 0, 0};
-  DbgFlag = 0;
-  GetTouchPanels(0);
-  EXPECT_EQ(host.config_reads, 1);
-  EXPECT_EQ(MyConfig[4], 9);
-  EXPECT_EQ(cMyHidInfo.PctVendorCount, 2) << "the id table goes by the new configuration";
-  EXPECT_EQ(messages().front(), "zelkora DD:can't open pct manuflist\n");
+  for (int (*enumerate)(int) : {GetTouchPanels, GetPCTTouchPanels}) {
+    reset_library_state();
+    clear_trace();
+    host.config_reads = 0;
+    enumerate(0);
+    EXPECT_EQ(host.config_reads, 1);
+    EXPECT_EQ(MyConfig[4], 9);
+    EXPECT_EQ(cMyHidInfo.PctVendorCount, 2) << "the id table goes by the new configuration";
+    EXPECT_EQ(messages().front(), "zelkora DD:can't open pct manuflist\n");
+  }
 }
 
 TEST_F(HidScanTest, BothEnumerationsClearTheWholeTable) {

@@ -49,6 +49,7 @@ TEST_P(ByIndexTest, OpensSetsAndCloses) {
   EXPECT_EQ(trace().back(), "close /dev/usb/hiddev0");
   EXPECT_EQ(ActiveDevice, 1);
   EXPECT_EQ(device_type, ZELKORA_TYPE_RESISTIVE_USB);
+  EXPECT_EQ(host.config_reads, 1);
 }
 
 TEST_P(ByIndexTest, SetsThePanelOfItsIndexAlone) {
@@ -169,6 +170,7 @@ TEST_F(BackLightByIndexTest, SendsTheLowByteButSeesNoAnswerOverUsb) {
   EXPECT_EQ(trace_of({"open", "close"}),
             (Lines{"open /dev/usb/hiddev0 O_RDONLY", "close /dev/usb/hiddev0"}));
   EXPECT_EQ(ActiveDevice, 2);
+  EXPECT_EQ(host.config_reads, 1);
 }
 
 TEST_F(BackLightByIndexTest, RefusesANegativeIndexWithoutDoingAnything) {

@@ -145,6 +145,16 @@ TEST_F(CommandsMessagesTest, AValueWritePrintsItsStartAndEveryAttempt) {
              repeated({"zelkora DD:device_type=2 [0]0x0 [1]0x0 [2]0x0\n"}, 4)));
 }
 
+TEST_F(CommandsMessagesTest, FourEmptyAttemptsArePrintedForADeviceOfNoKnownType) {
+  open_controller(Carrier::kUsb);
+  device_type = ZELKORA_TYPE_NONE;
+  EXPECT_EQ(messages_of(zelkora::test::run_get_firmware, {framed("V1.2")}),
+            repeated({"zelkora DD:GetFirmware Len:0 0000 0000 0000 0000 0000 0000\n"}, 4));
+  EXPECT_EQ(messages_of([] { return WriteEEPValue(55, 2); }, {kAcknowledge}),
+            (Lines{"zelkora DD:WriteEEPValue---start Address:0x37 Value:2\n"} +
+             repeated({"zelkora DD:device_type=0 [0]0x0 [1]0x0 [2]0x0\n"}, 4)));
+}
+
 TEST_F(CommandsMessagesTest, APageReadPrintsEveryByteOfEveryAttempt) {
   const Bytes good = command_row("AXI_ReadEEPValue").reply;
   const Bytes odd = {0x01, 0x80, 0xFF};

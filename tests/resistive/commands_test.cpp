@@ -335,7 +335,9 @@ TEST_F(CommandsTest, LockingParametersOpensCommitsAndCloses) {
   Panel& panel = open_resistive();
   CloseTouchDevice(0);
   clear_trace();
+  host.config_reads = 0;
   LockParameter(0);
+  EXPECT_EQ(host.config_reads, 1);
   EXPECT_EQ(panel.controller.commits(), 1U);
   EXPECT_EQ(trace_of({"open", "set_report", "close"}),
             (Lines{"open /dev/usb/hiddev0 O_RDONLY", "set_report 1: 04 01 50 4C 0D",

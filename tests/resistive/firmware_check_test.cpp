@@ -62,7 +62,9 @@ TEST_F(FirmwareCheckTest, StoresTheTextInTheEntryOfItsNumber) {
 
 TEST_F(FirmwareCheckTest, RefusesTheThirdGenerationAndClosesThePanel) {
   Panel& panel = open_with("V3.0");
+  const int number = fd;
   EXPECT_EQ(ChkResFW(0), 0);
+  EXPECT_EQ(fd, number) << "closed, and the number kept";
   EXPECT_EQ(frames_of(panel.controller), Lines{kQuery});
   EXPECT_EQ(stored(), untouched());
   EXPECT_EQ(trace().back(), "close /dev/usb/hiddev0");
@@ -133,6 +135,15 @@ TEST_F(FirmwareCheckTest, AcceptsAPanelThatWasUnplugged) {
   unplug(panel);
   EXPECT_EQ(ChkResFW(0), 1);
   EXPECT_EQ(stored(), "");
+}
+
+TEST_F(FirmwareCheckTest, AsksNothingWhileNoDeviceTypeIsSet) {
+  Panel& panel = open_with("V3.0");
+  device_type = ZELKORA_TYPE_NONE;
+  EXPECT_EQ(ChkResFW(0), 1);
+  EXPECT_EQ(frames_of(panel.controller), Lines{});
+  EXPECT_EQ(stored(), "");
+  EXPECT_EQ(device_type, ZELKORA_TYPE_NONE);
 }
 
 TEST_F(FirmwareCheckTest, AStalledReplyReadsAsTheQueryItself) {

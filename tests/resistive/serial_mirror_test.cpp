@@ -112,6 +112,13 @@ TEST_F(SerialMirrorTest, MatchesWhenTheListedTextContainsTheName) {
   EXPECT_EQ(mirrored(serial_list({"ttyS0"})), serial_list({"ttyS0"}));
 }
 
+TEST_F(SerialMirrorTest, AnEmptyNameIsContainedInTheFirstListedPort) {
+  name_active_device("");
+  const std::vector<std::string> names = {"ttyS0", "ttyS1"};
+  EXPECT_EQ(mirrored(serial_list(names)),
+            serial_list(names, std::pair("SerialDeviceDuration1", 20)));
+}
+
 TEST_F(SerialMirrorTest, TheFirstMatchWinsEvenIfItIsAnotherPort) {
   name_active_device("ttyS1");
   const std::vector<std::string> names = {"ttyS2", "ttyS10", "ttyS1"};

@@ -35,6 +35,7 @@ void reset_library_state() {
 unsigned char Read_Config(unsigned char* config) {
   using zelkora::test::g_host;
   ++g_host.config_reads;
+  g_host.debug_flag_at_read = DbgFlag;
   if (g_host.config_read != 0) std::ranges::copy(g_host.config, config);
   return g_host.config_read;
 }

@@ -14,7 +14,8 @@ struct Host {
   std::array<unsigned char, ZELKORA_CONFIG_BYTES> config = {1};  // resistive panels, old ids
   unsigned char config_read = 1;                                 // result of Read_Config()
   int debug = 0;
-  int config_reads = 0;              // calls of Read_Config()
+  int config_reads = 0;              // calls of Read_Config(),
+  int debug_flag_at_read = 0;        // and DbgFlag at the last of them
   void* notified_display = nullptr;  // the display of the last notification,
   bool display_was_open = false;     // and whether it was open then
 };

@@ -48,6 +48,7 @@ std::string call(const Panel& panel) { return "panel " + std::to_string(panel.in
 std::vector<Panel> find_panels() {
   std::vector<Panel> panels;
   const int count = GetTouchPanels(0);
+  panels.reserve(static_cast<size_t>(count));
   for (int index = 0; index < count; ++index) {
     panels.push_back(read_entry(index));
   }
