@@ -66,6 +66,10 @@ void mydoled_all_display(void* display, unsigned int request, int config);
 void EncodeData(const unsigned char* source, unsigned char* destination, int zero, int length);
 void DecodeData(const unsigned char* source, unsigned char* destination);
 
+/* Fills `buffer` with 16 random bytes, of which a panel without a serial number gets its own. The
+ * second argument is always 1. */
+void GenerateRand(unsigned char* buffer, int one);
+
 /* ------------------------------------------------------------------------------------------
  * Types
  * ---------------------------------------------------------------------------------------- */
@@ -221,6 +225,15 @@ typedef struct PCTDevInfo {
   unsigned int DevNum; /* the table index the record belongs to */
 } PCTDevInfo;
 #pragma pack(pop)
+
+/* One record of a parameter store file (347 bytes). A file holds nothing but records, end to end.
+ * Texts end in a NUL in a record that the library wrote; a reader does not rely on it. */
+typedef struct ParamStoreRecord {
+  char Phys[256];            /* TouchDeviceEntry::Phys */
+  char SN[17];               /* the panel's serial number, 16 lower-case hex digits */
+  char UsbId[10];            /* "VVVV_PPPP", vendor and product id in upper-case hex */
+  unsigned char Payload[64]; /* parameters; their form depends on the file */
+} ParamStoreRecord;
 
 /* One port of the serial panel list (56 bytes). */
 typedef struct SerialPanelSlot {
@@ -608,6 +621,182 @@ int EmptyParames(void);
 
 /* Copies the firmware version text of entry `index` (0..3) to `out`, 64 bytes. Returns 1. */
 int GetFWVersionStr(int index, char* out);
+
+/* Prints a parameter record at debug level 3: a PCTDevInfo for `type` 3, for other values a
+ * ResDevInfo, with the firmware text of the entry opened last. Lists the screens to name one. */
+void ShowParams(const void* rec, int type);
+
+/* ------------------------------------------------------------------------------------------
+ * PCT modes, on the open device. POS modes: 1 digitizer, 2 mouse, 3 hybrid, 4 a kind of hybrid; 0
+ * stands for a mode that could not be read.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Reads the POS configuration, in at most seven attempts of 50 ms: `length` bytes, 16 as a rule,
+ * into `out`, at least 16 bytes, which are cleared first. Byte 0: bit 0 enabled, bit 5 HID; byte 1:
+ * POS mode - 1; byte 2: bits 0-1 click mode, 2 menu on right down, 3 right click off, 4 sync; byte
+ * 3: right click's time (low nibble) and range. Returns 1; 0 when none but zeros came. */
+int ReadPOSConfig(unsigned char* out, int length);
+
+/* Write bytes 0, 2 and 3 of the POS configuration; write a POS mode as its command byte, which is
+ * the mode + 31. Return 1 when the command was sent, else 0. */
+int WritePOSConfig(unsigned char c0, unsigned char c1, unsigned char c2);
+int WritePOSMode(unsigned char mode_command);
+
+/* The POS mode, 1..4; 0 when it could not be read. */
+int GetPOSMode(void);
+
+/* Writes the POS configuration that a record asks for, and sets POSEnable, HidEnable and SyncFlag
+ * of the record to 1. Automatic right click is written as off whatever the record says. A `flag`
+ * other than 0 adds bit 5 to the second byte. Returns what WritePOSConfig() returned. */
+int SetPOSConfig(PCTDevInfo* rec, int flag);
+
+/* Compares the controller's POS configuration with a record. `out`, 8 bytes, receives HID, enable,
+ * right click off, click mode, right time, right range, menu on right down and the POS mode, which
+ * also goes into the record. Returns 1 when all but the mode agree; else, or unread, 0. */
+int ChkPOSConfig(PCTDevInfo* rec, unsigned char* out);
+
+/* Brings the open controller, entry `index` (0..3), into a POS mode, and gives an 8753 one the
+ * product id that goes with it. Returns non-zero when the controller must be reset for that: it
+ * comes back with the new id, and the device table is stale until the next enumeration. A
+ * controller that never takes a mode is left in the one it reports. */
+int SetCurrPOSMode(int index, int mode);
+
+/* Opens entry `index` (0..3), brings it into a mode, resets it when that is needed, and closes it.
+ * ChkPosMode() takes 1 for digitizer and any other value for mouse, and returns what
+ * SetCurrPOSMode() returned; the others return what closing returned. A panel asked to be a
+ * digitizer becomes a hybrid while the flag file of hybrid mode exists. 0 when it did not open. */
+int ChkPosMode(int index, int mode);
+int SetDevtoHybrid(int index);
+int SetDevtoDigitizer(int index);
+int SetDevtoMouse(int index);
+
+/* The product id that a vendor's digitizers go by. */
+unsigned int GetDefaultPID(unsigned int vid);
+
+/* ------------------------------------------------------------------------------------------
+ * PCT parameter sets. The host keeps them in two store files, a record for each panel: the current
+ * set, and a temporary one, to go back to. The controller receives the part that it carries out, as
+ * its POS configuration. Writing a current set notifies the X input driver.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Saves a set, for entry `index` (0..3), and sends it to the controller. By `mode`: 1 as current and
+ * temporary set; 2 or 5 goes back: the temporary set becomes the current one, is deleted, and `rec`
+ * receives it; 6 as current set only. The record's SN must be the panel's for 2 and 5. Returns
+ * non-zero; 0 when the panel did not open, the mode is another, there is no temporary set of this
+ * panel, or the file could not be written. */
+int PCTSetAllParams(int index, PCTDevInfo* rec, signed char mode);
+
+/* Loads the current set of entry `index` (0..3) into `rec`. By `mode`: 0 or 3 keeps it as temporary
+ * set as well; 4 or 7 does not. Returns non-zero; 0 as for PCTSetAllParams(). A panel without a set
+ * receives the defaults, which become its current set. */
+int PCTGetAllParams(int index, PCTDevInfo* rec, signed char mode);
+
+/* The same with the firmware text and the POS mode of the entry. `rec->FWVersion` points into the
+ * device table. Returns -1; 0 on failure, with the panel left open. */
+int GetPCTParam(int index, PCTDevInfo* rec);
+
+/* Makes the defaults the current set of entry `index`; despite the name nothing in the controller's
+ * flash changes. Leaves a controller of the 8752 family in command mode. Returns non-zero; 0 when
+ * there is no such entry, it did not open, or the file could not be written. */
+int SetPCTDefaultFlash(int index);
+
+/* Clears the parameter block in the flash of entry `index` (0..3), and with it the panel's serial
+ * number; leaves the panel open. Returns 1 when it opened, else 0. */
+int EmptyFlash(int index);
+
+/* The same by the record's DevNum (0..3), on the open device.
+ *
+ * The current set is looked up by serial number, then by path, then by USB id; a set found away
+ * from its path, or of another serial number, is written anew for this panel, and so are the
+ * defaults when there is none. Loading ends with SetPOSConfig(). The temporary set must carry the
+ * record's SN, and the record receives it even where it does not. Return non-zero, or 0: no set,
+ * or the file could not be written. */
+int GetMyHidDeviceParames(PCTDevInfo* rec);
+int SetMyHidDeviceParames(PCTDevInfo* rec);
+int GetMyHidDeviceTempParames(PCTDevInfo* rec);
+int SetMyHidDeviceTempParames(PCTDevInfo* rec);
+int DelMyHidDeviceTempParames(PCTDevInfo* rec);
+
+/* The store files' records of entry `index` (0..3) as plain blocks (32 bytes). For `mode` see
+ * Read_Binary_File(). Setting and deleting return 1 or 0; getting returns 1 to 3 by how the record
+ * was found, 0 when there is none or its checksum is wrong. */
+int SetPCTParamBin(int index, const unsigned char* plain);
+int SetPCTParamTempBin(int index, const unsigned char* plain);
+int GetPCTParamBin(int index, unsigned char* plain, int mode);
+int GetPCTParamTempBin(int index, unsigned char* plain);
+int DelPCTParamTempBin(int index);
+
+/* The 16-bit value at EEPROM address 91 of the open resistive controller, the checksum of its
+ * parameters, read, or written and read back. Return the value, or -1. */
+int GetParamCheckSumDev(void);
+int SetParamCheckSumDev(unsigned int value);
+
+/* ------------------------------------------------------------------------------------------
+ * PCT serial numbers, kept in the controller's flash beside the USB id and the firmware revision
+ * of the day they were written. `index` is the entry (0..3) of the open device.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Makes a new serial number (8 bytes) of the host's random bytes. */
+void GenerateSreialNumber(unsigned char* out);
+
+/* Reads the block into SN, OldVID, OldPID and FWRevFlash of the entry, in at most eleven attempts,
+ * 300 ms apart. Returns 1 or 0. */
+int GetMySN(int index);
+
+/* Writes the block: SN, VID and FWRev of the entry, and the product id that its panel has as a
+ * digitizer. Returns 1 or 0. */
+int SetMySN(int index);
+
+/* Gives a panel without a valid block a new serial number, and writes the block anew for a new
+ * firmware, without ids, or with the product id of another mode. Returns 1 when the panel has a
+ * valid block at the end, else 0. */
+int ChkSNFlash(int index);
+
+/* Look up the panel in, and enter it into, the list of known serial numbers. Return 1 or 0. */
+int GetMySNBin(int index);
+int SetMySNBin(int index);
+
+/* ------------------------------------------------------------------------------------------
+ * Parameter store files: ParamStoreRecord by ParamStoreRecord. Files have no header; a trailing
+ * piece of a record is passed over, and dropped by the next rewrite. No locks: two processes that
+ * write one file at once may lose a record. A rewrite that a crash cuts short leaves the old file.
+ *
+ * `devnum` is the table entry (0..3) whose Phys, SN and USB id are looked for; a record matches when
+ * its text contains the entry's. An entry without a Phys is in no file.
+ * ---------------------------------------------------------------------------------------- */
+
+enum {
+  ZELKORA_STORE_PAYLOAD = 64, /* bytes of ParamStoreRecord::Payload */
+  ZELKORA_STORE_RECORDS = 256 /* records of a file that are looked at */
+};
+
+/* Stores 64 bytes for a device: over its record, or in a new one at the end. `mode` 1 looks for the
+ * Phys, 2 for the serial number, and the first record counts; with none, a record of the same Phys
+ * is taken, one of the same USB id preferred. Returns 1; 0 when the device has no Phys, the file
+ * cannot be read or written, or a record is to be added to 256. */
+unsigned int Write_Binary_File(const char* path, int devnum, const unsigned char* payload,
+                               int mode);
+
+/* Finds the record of a device and copies its 64 bytes; the last of several counts. Returns 0, with
+ * `payload` untouched, without a record; 1 found by Phys, or in the second search; 2 found by serial
+ * number (`mode` 2) with another Phys; 3 with its own. The second search goes by Phys and USB id,
+ * by Phys, by USB id, and is all there is in modes other than 1 and 2. What the USB id alone found
+ * belongs to another panel, so a copy of it is stored for this one. */
+unsigned int Read_Binary_File(const char* path, int devnum, unsigned char* payload, int mode);
+
+/* Enter a PCT panel into the list of known serial numbers, by serial number, then by Phys, and look
+ * it up there, by Phys alone. Return 1 or 0. */
+unsigned int Write_UniqList_Binary_File(int devnum);
+unsigned int Read_UniqList_Binary_File(int devnum);
+
+/* Print the records of a PCT store file, of the list of serial numbers, and of both PCT store files
+ * and the list, at debug level 3. Return 1, 0 when the (last) file cannot be opened. */
+unsigned int Show_Binary_File_Mem(const char* path);
+unsigned int Show_UniqList_SN(void);
+unsigned int ListPCTAllBin(void);
+
+/* Prints the current sets of all known PCT panels at debug level 3. Returns 0. */
+unsigned int PCTEnumAllBin(void);
 
 /* ------------------------------------------------------------------------------------------
  * Resistive commands, on the open device. Each is tried at most four times.

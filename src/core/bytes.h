@@ -27,6 +27,13 @@ inline void put_le16(uint8_t* bytes, unsigned value) {
   bytes[1] = static_cast<uint8_t>(value >> 8);
 }
 
+inline unsigned get_be16(const uint8_t* bytes) { return unsigned{bytes[0]} << 8 | bytes[1]; }
+
+inline void put_be16(uint8_t* bytes, unsigned value) {
+  bytes[0] = static_cast<uint8_t>(value >> 8);
+  bytes[1] = static_cast<uint8_t>(value);
+}
+
 // A byte as a signed number, for the places that print or compare it so.
 inline int as_signed(uint8_t byte) { return static_cast<int8_t>(byte); }
 

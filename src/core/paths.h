@@ -12,6 +12,10 @@ inline constexpr char kUtilities[] = "/opt/.touch_panel/Util.conf";
 inline constexpr char kDefaults[] = "/opt/.touch_panel/TouchUtil.ini";
 inline constexpr char kSerialPanels[] = "/opt/.touch_panel/sertp.conf";
 inline constexpr char kXorgConf[] = "/opt/.touch_panel/X11/xorg.conf";
+
+// Parameter store files, and the list of serial numbers in the same form.
+inline constexpr char kPctRecords[] = "/opt/.touch_panel/.pctpbin";
+inline constexpr char kPctTemporaryRecords[] = "/opt/.touch_panel/.pctpbintmp";
 inline constexpr char kPctSerialNumbers[] = "/opt/.touch_panel/.pctuniq";
 
 // Flag files: their mere existence switches a behaviour.

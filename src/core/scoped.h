@@ -32,8 +32,12 @@ class ScopedPointer {
   T* owned_;
 };
 
-using ScopedFile = ScopedPointer<FILE, [](FILE* file) { std::fclose(file); }>;
-using ScopedDir = ScopedPointer<DIR, [](DIR* dir) { ::closedir(dir); }>;
+// Named functions, where a type in a header is to be the same everywhere.
+inline void close_file(FILE* file) { std::fclose(file); }
+inline void close_directory(DIR* directory) { ::closedir(directory); }
+
+using ScopedFile = ScopedPointer<FILE, close_file>;
+using ScopedDir = ScopedPointer<DIR, close_directory>;
 
 class ScopedFd {
  public:

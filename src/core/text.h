@@ -44,4 +44,15 @@ void copy_text(char* out, const char (&field)[kSize]) {
   out[text.size()] = '\0';
 }
 
+// A panel's serial number as people and files see it: 16 lower-case hex digits.
+struct SerialNumberText {
+  explicit SerialNumberText(const unsigned char (&bytes)[8]) {
+    for (size_t i = 0; i < sizeof bytes; ++i) {
+      text[2 * i] = "0123456789abcdef"[bytes[i] >> 4];
+      text[2 * i + 1] = "0123456789abcdef"[bytes[i] & 0xF];
+    }
+  }
+  char text[17] = "";
+};
+
 }  // namespace zelkora

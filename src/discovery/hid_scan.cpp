@@ -146,28 +146,59 @@ void fill_entry(TouchDeviceEntry& entry, const char* path, const Identity& ident
   std::snprintf(entry.ID, sizeof entry.ID, "%04X_%04X", entry.VID, entry.PID);
 }
 
-bool accept_resistive(int index) {
+// Whether an examined node is a panel of the table, and what becomes of its descriptor.
+enum class Verdict { kEntered, kRefused, kRefusedLeftOpen };
+
+Verdict accept_resistive(int index) {
   device_type = ZELKORA_TYPE_RESISTIVE_USB;
-  return ChkResFW(index) != 0;
+  return ChkResFW(index) != 0 ? Verdict::kEntered : Verdict::kRefused;
 }
 
-void accept_pct(const TouchDeviceEntry& entry) {
+// Brings the serial number in the panel's flash up to date; the 8752 family tells and takes it in
+// command mode alone.
+Verdict check_serial_number(int index) {
+  const bool command_mode = IsLegacy == ZELKORA_FAMILY_8752;
+  if (command_mode && enter_cmd_mode() == 0) return Verdict::kRefusedLeftOpen;
+  int ok = ChkSNFlash(index);
+  if (command_mode && leave_cmd_mode() == 0) ok = 0;
+  return ok != 0 ? Verdict::kEntered : Verdict::kRefused;
+}
+
+Verdict accept_pct(int index) {
+  TouchDeviceEntry& entry = TouchDevice[index];
   DebugMsg(kTrace, "+++check PCT+++\n");
+  entry.IsLegacy = GetIsLegacy();
+  DebugMsg(kTrace, "[%d] IsLegacy:%d\n", index, entry.IsLegacy);
+  IsLegacy = entry.IsLegacy;
+  if (MyConfig[ZELKORA_CONFIG_IGNORE_LEGACY_PCT] != 0 && IsLegacy == ZELKORA_FAMILY_8752) {
+    return Verdict::kRefusedLeftOpen;
+  }
+  GetFwID(index);
+  if (const Verdict verdict = check_serial_number(index); verdict != Verdict::kEntered) {
+    return verdict;
+  }
+  SetMySNBin(index);
+  PCTDevInfo rec{};
+  rec.DevNum = static_cast<unsigned>(index);
+  if (GetMyHidDeviceParames(&rec) == 0) return Verdict::kRefused;
+
+  entry.POSMode = static_cast<unsigned char>(GetPOSMode());
   PCTDeviceNumber += 1;
-  DebugMsg(kTrace, "Device%d : %s phys:%s fw:%s POSMode:%d PCTDeviceNumber:%d\n", DeviceNumber + 1,
+  DebugMsg(kTrace, "Device%d : %s phys:%s fw:%s POSMode:%d PCTDeviceNumber:%d\n", index + 1,
            entry.Name, entry.Phys, entry.FWVersion, entry.POSMode, PCTDeviceNumber);
+  return Verdict::kEntered;
 }
 
 // Enters the node that is open on fd, unless its controller is known, refused or one too many.
-void enter(const char* path, const Identity& identity, Kind kind) {
+Verdict enter(const char* path, const Identity& identity, Kind kind) {
   const KernelText phys = read_phys();
-  if (already_entered(phys) || DeviceNumber >= ZELKORA_MAX_DEVICES) return;
-  TouchDeviceEntry& entry = TouchDevice[DeviceNumber];
-  fill_entry(entry, path, identity, phys, kind);
+  if (already_entered(phys) || DeviceNumber >= ZELKORA_MAX_DEVICES) return Verdict::kRefused;
+  fill_entry(TouchDevice[DeviceNumber], path, identity, phys, kind);
   // A refused controller leaves its fields behind the last entry; the next one overwrites them.
-  if (kind == Kind::kResistive && !accept_resistive(DeviceNumber)) return;
-  if (kind == Kind::kPct) accept_pct(entry);
-  DeviceNumber += 1;
+  const Verdict verdict =
+      kind == Kind::kResistive ? accept_resistive(DeviceNumber) : accept_pct(DeviceNumber);
+  if (verdict == Verdict::kEntered) DeviceNumber += 1;
+  return verdict;
 }
 
 template <typename Visit>
@@ -214,8 +245,8 @@ void MatchMyHidDevice(const char* path) {
   if (kind == Kind::kNone) return;
   const bool named =
       kind == Kind::kResistive ? match_resistive_name(identity) : match_pct_name(identity);
-  if (named) enter(path, identity, kind);
-  close(fd);
+  const Verdict verdict = named ? enter(path, identity, kind) : Verdict::kRefused;
+  if (verdict != Verdict::kRefusedLeftOpen) close(fd);
 }
 
 int FindMyHidDevice(void) {

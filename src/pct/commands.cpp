@@ -136,8 +136,8 @@ int ReadPCTParames(unsigned char* dest, int length) {
     return 0;
   }
   uint8_t encoded[kReportSize]{};
-  std::memcpy(encoded, reply + layout.flash_reply,
-              std::min<size_t>(wanted, kReportSize - layout.flash_reply));
+  std::memcpy(encoded, reply + layout.data_reply,
+              std::min<size_t>(wanted, kReportSize - layout.data_reply));
   const int shown = std::min<int>(length, kReportSize);
   PrintData("ReadPCTParames RespBuf", reply, shown);
   PrintData("ReadPCTParames tmp", encoded, shown);
@@ -187,10 +187,9 @@ int WriteUSBID(unsigned int vid, unsigned int pid) {
 
 int ResetPCTController(void) {
   DebugMsg(kTrace, "***ResetPCTController HidRaw:%d***\n", HidRaw);
-  Frame frame{};
-  std::ranges::copy(current_layout().reset, frame.begin());
+  const CommandFrame frame(current_layout().reset, {});
   // A controller that resets may be gone before it confirms, so nobody asks.
-  send(frame);
+  SendDataNew(frame.bytes, sizeof frame.bytes);
   DebugMsg(kTrace, "***ResetPCTController end***\n");
   return 1;
 }

@@ -7,7 +7,10 @@ import unittest
 
 from support import HEADER, LIBRARY, SOURCE, run, without_comments
 
-HOOKS = {"Read_Config", "GetEnableDebug", "EncodeData", "DecodeData", "mydoled_all_display"}
+HOOKS = {
+    "Read_Config", "GetEnableDebug", "GenerateRand", "EncodeData", "DecodeData",
+    "mydoled_all_display",
+}
 
 # Of Xlib and XRandR, which hosts bring along when they use the screens or the notifications.
 X_FUNCTIONS = set(
@@ -24,7 +27,7 @@ C_LIBRARY = set(
     close exit fchmod fchown ftruncate fsync ioctl lstat mkostemp open opendir closedir perror
     printf read readdir remove rename stat uname unlink usleep vprintf write
     pclose popen system
-    fclose ferror fflush fgets fopen fprintf fputc fputs fwrite getc open_memstream putchar puts
+    fclose ferror fflush fgets fopen fprintf fputc fputs fread fwrite getc open_memstream putchar puts
     snprintf stdout ungetc
     bcmp free memchr memcmp memcpy memmove memset strchr strcpy strlen strncmp strnlen strpbrk
     strrchr strstr strtok_r strtol

@@ -23,6 +23,7 @@ void EncodeData(const unsigned char* source, unsigned char* destination, int zer
 void DecodeData(const unsigned char* source, unsigned char* destination) {
   (void)source, (void)destination;
 }
+void GenerateRand(unsigned char* buffer, int one) { (void)buffer, (void)one; }
 int main(void) {
   fd = -1; /* seen by the library */
   const unsigned prepared = init_Hiddev();

@@ -53,8 +53,15 @@ void mydoled_all_display(void* display, unsigned int request, int config) {
   g_host.display_was_open = display != nullptr && display == zelkora::test::g_x.last_display;
 }
 
+void GenerateRand(unsigned char* buffer, int one) {
+  using zelkora::test::g_host;
+  std::ranges::copy(g_host.random, buffer);
+  g_host.random_argument = one;
+}
+
 // A scheme of the host's own: not a plain copy, so that a forgotten call shows.
-void EncodeData(const unsigned char* source, unsigned char* destination, int /*zero*/, int length) {
+void EncodeData(const unsigned char* source, unsigned char* destination, int zero, int length) {
+  zelkora::test::g_host.encode_argument = zero;
   std::transform(source, source + length, destination,
                  [](unsigned char byte) { return static_cast<unsigned char>(byte ^ 0x5A); });
 }

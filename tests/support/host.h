@@ -18,6 +18,10 @@ struct Host {
   int debug_flag_at_read = 0;        // and DbgFlag at the last of them
   void* notified_display = nullptr;  // the display of the last notification,
   bool display_was_open = false;     // and whether it was open then
+  // What GenerateRand() fills in,
+  std::array<unsigned char, 16> random = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  int random_argument = 0;   // and its second argument
+  int encode_argument = -1;  // the third argument of EncodeData()
 };
 
 // Every test of a Bench starts with a fresh one.

@@ -25,10 +25,7 @@ unsigned char Read_Config(unsigned char* config) {
 
 int GetEnableDebug(void) { return zelkoractl::current_config().debug ? 1 : 0; }
 
-// 16 random bytes for a new serial number; the number has no use.
-void GenerateRand(unsigned char* buffer, int number);
-
-void GenerateRand(unsigned char* buffer, int /*number*/) {
+void GenerateRand(unsigned char* buffer, int /*one*/) {
   // Serial numbers tell panels apart, so there is nothing sensible to go on with. Requests of up
   // to 256 bytes are filled whole.
   if (getrandom(buffer, kRandomBytes, 0) < 0) std::abort();
