@@ -3,6 +3,7 @@
 """Files call downwards only: read from the symbols of the object files, not from includes."""
 
 import pathlib
+import re
 import unittest
 
 from support import BUILD, SOURCE, run
@@ -13,6 +14,18 @@ OBJECTS = BUILD / "src" / "CMakeFiles" / "zelkora.dir"
 def listed():
     lines = (pathlib.Path(__file__).parent / "floors.txt").read_text().splitlines()
     return [line for line in lines if line and not line.startswith(("#", "floor "))]
+
+
+def drawn():
+    """The table of docs/ARCHITECTURE.md as (floor, file) pairs; headers have no floor of their own."""
+    pairs = []
+    for line in (SOURCE / "docs" / "ARCHITECTURE.md").read_text().splitlines():
+        row = re.fullmatch(r"\| (\w+) \| (\w+: `.*) \|", line)
+        for room in row[2].split("; ") if row else []:
+            folder, _, files = room.partition(": ")
+            if files:  # a list of headers has no folder
+                pairs += [(row[1], f"{folder}/{name}") for name in re.findall(r"`(\w+)`", files)]
+    return pairs
 
 
 def symbols(name, kinds, flag):
@@ -33,6 +46,16 @@ class Floors(unittest.TestCase):
         files = [str(p.relative_to(SOURCE / "src").with_suffix("")) for p in
                  (SOURCE / "src").rglob("*.cpp")]
         self.assertEqual(sorted(files), sorted(listed()))
+
+    def test_the_architecture_shows_the_same_floors(self):
+        floor = None
+        floors = []
+        for line in (pathlib.Path(__file__).parent / "floors.txt").read_text().splitlines():
+            if line.startswith("floor "):
+                floor = line.removeprefix("floor ")
+            elif line and not line.startswith("#"):
+                floors.append((floor, line))
+        self.assertEqual(sorted(drawn()), sorted(floors))
 
     def test_no_file_calls_upwards(self):
         owner = {f: name for name in listed() for f in functions_of(name)}
