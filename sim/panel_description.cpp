@@ -2,42 +2,57 @@
 // SPDX-License-Identifier: MIT
 #include "panel_description.h"
 
-#include <algorithm>
-
+#include "description_key.h"
+#include "fault_keys.h"
 #include "typed_text.h"
 
 namespace zelkora::sim {
 namespace {
 
-constexpr std::string_view kKind = "resistive";
-constexpr std::string_view kWordKey = "word";
+using View = std::string_view;
+
+constexpr View kWordKey = "word";
 constexpr uint8_t kBeepAddress = 86;
 
-bool set_word(PanelDescription& panel, unsigned address, std::string_view value) {
-  const auto number = parse_number(value, 0xFFFF);
-  if (!number) return false;
-  panel.words.emplace_back(static_cast<uint8_t>(address), static_cast<uint16_t>(*number));
-  return true;
+// What a kind of panel is when it is delivered.
+struct Kind {
+  View name;
+  View help;
+  PanelDescription (*make)();
+};
+
+PanelDescription make_pct(uint32_t firmware, uint16_t product) {
+  return {.identity = {0x2575, product, "Zelkora", "Virtual PCT"},
+          .controller = PctDescription{.firmware = firmware}};
 }
 
-bool set_count(unsigned& count, std::string_view value) {
-  const auto number = parse_number(value, 1'000'000);
-  if (number) count = *number;
-  return number.has_value();
+constexpr Kind kKinds[] = {
+    {"resistive", "3A4C:1688, Zelkora Virtual Resistive, firmware V1.2",
+     [] { return PanelDescription{}; }},
+    {"pct8752", "2575:8752, Zelkora Virtual PCT, firmware 30811234",
+     [] { return make_pct(PctController::kFirmware8752, 0x8752); }},
+    {"pct8753", "2575:8753, Zelkora Virtual PCT, firmware 87530190",
+     [] { return make_pct(PctController::kFirmware8753, 0x8753); }},
+};
+
+std::string kind_names() {
+  std::string names;
+  for (const Kind& kind : kKinds) names.append(names.empty() ? "" : ", ").append(kind.name);
+  return names;
 }
 
-bool set_text(std::string& text, std::string_view value) {
+bool set_text(std::string& text, View value) {
   text = value;
   return !value.empty();
 }
 
-bool set_mode(mode_t& mode, std::string_view value) {
+bool set_mode(mode_t& mode, View value) {
   const auto number = parse_digits(value, 8, 0777);
   if (number) mode = *number;
   return number.has_value();
 }
 
-bool set_id(PanelDescription& panel, std::string_view value) {
+bool set_id(PanelDescription& panel, View value) {
   const auto halves = split(value, ':');
   if (halves.size() != 2) return false;
   const auto vendor = parse_digits(halves[0], 16, 0xFFFF);
@@ -48,64 +63,81 @@ bool set_id(PanelDescription& panel, std::string_view value) {
   return true;
 }
 
-bool set_stored(PanelDescription& panel, std::string_view value) {
-  const auto number = parse_number(value, 0xFFFF);
-  if (number) panel.faults.stores = static_cast<uint16_t>(*number);
-  return number.has_value();
+bool set_nodes(PanelDescription& panel, View value) {
+  panel.on_hiddev = value == "hiddev" || value == "both";
+  panel.on_hidraw = value == "hidraw" || value == "both";
+  return panel.on_hiddev || panel.on_hidraw;
 }
 
-struct Key {
-  std::string_view name;
-  std::string_view value;  // how the value looks; empty: the key takes none
-  std::string_view help;
-  bool (*apply)(PanelDescription& panel, std::string_view value);
-};
-
-using View = std::string_view;
-constexpr Key kKeys[] = {
-    {"id", "VVVV:PPPP", "USB vendor and product, hexadecimal (3A4C:1688)", set_id},
-    {"maker", "TEXT", "manufacturer (Zelkora)",
+constexpr Key<PanelDescription> kPanelKeys[] = {
+    {"id", "VVVV:PPPP", "hexadecimal", "USB vendor and product, hexadecimal", set_id},
+    {"maker", "TEXT", "not empty", "manufacturer",
      [](PanelDescription& panel, View value) {
        return set_text(panel.identity.manufacturer, value);
      }},
-    {"name", "TEXT", "product name (Virtual Resistive)",
+    {"name", "TEXT", "not empty", "product name",
      [](PanelDescription& panel, View value) {
        return set_text(panel.identity.product_name, value);
      }},
-    {"firmware", "TEXT", "firmware version, may be empty (V1.2)",
-     [](PanelDescription& panel, View value) {
-       panel.firmware = value;
-       return true;
-     }},
-    {"beep", "VALUE", "the same as word86",
-     [](PanelDescription& panel, View value) { return set_word(panel, kBeepAddress, value); }},
-    {"hiddev-mode", "MODE", "permissions of the hiddev node, octal (0600)",
+    {"nodes", "NODES", "one of hiddev, hidraw and both",
+     "the nodes it has: hiddev, hidraw or both (both)", set_nodes},
+    {"hiddev-mode", "MODE", "octal, 000..777", "permissions of the hiddev node, octal (0600)",
      [](PanelDescription& panel, View value) { return set_mode(panel.hiddev_mode, value); }},
-    {"mode", "MODE", "permissions of all its nodes, octal (0600)",
+    {"mode", "MODE", "octal, 000..777", "permissions of all its nodes, octal (0600)",
      [](PanelDescription& panel, View value) {
        return set_mode(panel.mode, value) && set_mode(panel.hiddev_mode, value);
      }},
-    {"silent", "", "answers no command",
-     [](PanelDescription& panel, View) { return panel.faults.silent = true; }},
-    {"silent-commands", "COUNT", "does not answer the first COUNT commands",
-     [](PanelDescription& panel, View value) {
-       return set_count(panel.faults.silent_commands, value);
-     }},
-    {"bad-acknowledges", "COUNT", "refuses the first COUNT commands that change something",
-     [](PanelDescription& panel, View value) {
-       return set_count(panel.faults.bad_acknowledges, value);
-     }},
-    {"wrong-echoes", "COUNT", "answers the first COUNT page reads with another page number",
-     [](PanelDescription& panel, View value) {
-       return set_count(panel.faults.wrong_echoes, value);
-     }},
-    {"stores", "VALUE", "stores VALUE whatever is written", set_stored},
 };
 
-std::string quoted(std::string_view text) { return std::string("'").append(text).append("'"); }
+bool set_word(ResistiveDescription& panel, unsigned address, View value) {
+  const auto number = parse_number(value, 0xFFFF);
+  if (!number) return false;
+  panel.words.emplace_back(static_cast<uint8_t>(address), static_cast<uint16_t>(*number));
+  return true;
+}
+
+constexpr Key<ResistiveDescription> kResistiveKeys[] = {
+    {"firmware", "TEXT", "any text", "firmware version, may be empty",
+     [](ResistiveDescription& panel, View value) {
+       panel.firmware = value;
+       return true;
+     }},
+    {"beep", "VALUE", "0..65535", "the same as word86",
+     [](ResistiveDescription& panel, View value) { return set_word(panel, kBeepAddress, value); }},
+};
+
+bool set_firmware(PctDescription& panel, View value) {
+  const auto word = parse_digits(value, 16, UINT32_MAX);
+  if (!word || value.size() != 8) return false;
+  if (PctController::family_of(*word) != PctController::family_of(panel.firmware)) return false;
+  panel.firmware = *word;
+  return true;
+}
+
+bool set_serial_number(PctDescription& panel, View value) {
+  std::array<uint8_t, 8> number;
+  if (!parse_bytes(value, number)) return false;
+  panel.serial_number = number;
+  return true;
+}
+
+bool set_pos_mode(PctDescription& panel, View value) {
+  const auto number = parse_number(value, PctController::kPosModeCount);
+  if (!number || *number == 0) return false;
+  panel.pos_mode = *number;
+  return true;
+}
+
+constexpr Key<PctDescription> kPctKeys[] = {
+    {"firmware", "HHHHHHHH", "eight hexadecimal digits, the first one 3 for pct8752 alone",
+     "identity word, hexadecimal; begins with 3 for pct8752 alone", set_firmware},
+    {"sn", "HHHHHHHHHHHHHHHH", "sixteen hexadecimal digits",
+     "serial number in the flash (without: the flash is blank)", set_serial_number},
+    {"pos", "MODE", "1..4", "1 digitizer (as delivered), 2 mouse, 3 and 4 hybrid", set_pos_mode},
+};
 
 // The pieces between commas; a comma in double quotes separates nothing, the quotes go.
-bool split_quoted(std::string_view text, std::vector<std::string>& pieces) {
+bool split_quoted(View text, std::vector<std::string>& pieces) {
   bool quoted = false;
   pieces.emplace_back();
   for (const char character : text) {
@@ -120,27 +152,29 @@ bool split_quoted(std::string_view text, std::vector<std::string>& pieces) {
   return !quoted;
 }
 
-std::string apply_piece(std::string_view piece, PanelDescription& panel) {
-  const size_t equals = piece.find('=');
-  const std::string name(piece.substr(0, equals));
-  const bool has_value = equals != std::string_view::npos;
-  const std::string_view value = has_value ? piece.substr(equals + 1) : std::string_view();
+std::optional<std::string> apply_own_piece(View piece, ResistiveDescription& panel) {
+  if (auto problem = apply_key(kResistiveKeys, piece, panel)) return problem;
+  if (auto problem = apply_fault(piece, panel.faults)) return problem;
+  if (!piece.starts_with(kWordKey)) return std::nullopt;
+  const size_t equals = std::min(piece.find('='), piece.size());
+  const auto address = parse_number(piece.substr(0, equals).substr(kWordKey.size()), 0xFF);
+  const View value = piece.substr(std::min(equals + 1, piece.size()));
+  if (address && set_word(panel, *address, value)) return std::string();
+  return quoted(piece) + ": expected word0=0 to word255=65535";
+}
 
-  const auto* key = std::ranges::find(kKeys, name, &Key::name);
-  if (key != std::end(kKeys)) {
-    if (has_value == key->value.empty()) {
-      return quoted(name) + (has_value ? " takes no value" : " needs a value");
-    }
-    if (key->apply(panel, value)) return {};
-    return quoted(value) + " is no value for " + quoted(name) + ": expected " +
-           std::string(key->value);
-  }
-  if (name.starts_with(kWordKey)) {
-    const auto address = parse_number(std::string_view(name).substr(kWordKey.size()), 0xFF);
-    if (address && set_word(panel, *address, value)) return {};
-    return quoted(piece) + ": expected word0=0 to word255=65535";
-  }
-  return "unknown key " + quoted(name) + "; zelkora-sim --help lists them";
+std::optional<std::string> apply_own_piece(View piece, PctDescription& panel) {
+  if (auto problem = apply_key(kPctKeys, piece, panel)) return problem;
+  return apply_fault(piece, panel.faults);
+}
+
+std::string apply_piece(View piece, View kind, PanelDescription& panel) {
+  if (auto problem = apply_key(kPanelKeys, piece, panel)) return *problem;
+  const auto problem =
+      std::visit([&](auto& own) { return apply_own_piece(piece, own); }, panel.controller);
+  if (problem) return *problem;
+  return "unknown key " + quoted(piece.substr(0, piece.find('='))) + " of a panel of kind " +
+         std::string(kind) + "; zelkora-sim --help lists them";
 }
 
 }  // namespace
@@ -148,34 +182,30 @@ std::string apply_piece(std::string_view piece, PanelDescription& panel) {
 std::string parse_panel(std::string_view text, PanelDescription& panel) {
   std::vector<std::string> pieces;
   if (!split_quoted(text, pieces)) return "a double quote is not closed";
-  if (pieces.front() != kKind) {
-    return quoted(pieces.front()) + " is no kind of panel; known: " + std::string(kKind);
+  const auto* kind = std::ranges::find(kKinds, View(pieces.front()), &Kind::name);
+  if (kind == std::end(kKinds)) {
+    return quoted(pieces.front()) + " is no kind of panel; known: " + kind_names();
   }
+  panel = kind->make();
   for (size_t i = 1; i < pieces.size(); ++i) {
-    std::string problem = apply_piece(pieces[i], panel);
+    std::string problem = apply_piece(pieces[i], kind->name, panel);
     if (!problem.empty()) return problem;
   }
   return {};
 }
 
-void set_up(ResistiveController& controller, const PanelDescription& panel) {
-  controller.set_firmware(panel.firmware);
-  controller.faults = panel.faults;
-  for (const auto& [address, value] : panel.words) controller.set_stored_value(address, value);
-}
-
 std::string panel_help() {
-  std::string text = "DESCRIPTION is the kind of panel, resistive, and keys behind commas:\n";
-  const auto add_line = [&text](std::string usage, std::string_view help) {
-    usage.resize(std::max<size_t>(usage.size() + 1, 24), ' ');
-    text.append("  ").append(usage).append(help).append("\n");
-  };
-  for (const Key& key : kKeys) {
-    std::string usage(key.name);
-    if (!key.value.empty()) usage.append("=").append(key.value);
-    add_line(usage, key.help);
-  }
-  add_line("wordADDRESS=VALUE", "the 16-bit value stored at ADDRESS, 0..255");
+  std::string text = "DESCRIPTION is a kind of panel, and keys behind commas:\n";
+  for (const Kind& kind : kKinds) append_help_line(text, std::string(kind.name), kind.help);
+  text += "Keys of every panel:\n";
+  append_help(text, kPanelKeys);
+  text += "Keys of resistive panels:\n";
+  append_help(text, kResistiveKeys);
+  append_help_line(text, "wordADDRESS=VALUE", "the 16-bit value stored at ADDRESS, 0..255");
+  append_resistive_fault_help(text);
+  text += "Keys of pct8752 and pct8753 panels:\n";
+  append_help(text, kPctKeys);
+  append_pct_fault_help(text);
   return text;
 }
 

@@ -6,21 +6,39 @@
 
 #include <sys/types.h>
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
+#include "pct_controller.h"
 #include "resistive_controller.h"
 
 namespace zelkora::sim {
 
-struct PanelDescription {
-  UsbIdentity identity{0x3A4C, 0x1688, "Zelkora", "Virtual Resistive"};
+struct ResistiveDescription {
   std::string firmware = "V1.2";
   std::vector<std::pair<uint8_t, uint16_t>> words;  // address and stored value
   ResistiveFaults faults;
+};
+
+struct PctDescription {
+  uint32_t firmware = PctController::kFirmware8753;  // tells the family, too
+  unsigned pos_mode = 1;
+  // Nothing: the flash is blank, as delivered.
+  std::optional<std::array<uint8_t, 8>> serial_number = {};
+  PctFaults faults = {};
+};
+
+struct PanelDescription {
+  UsbIdentity identity{0x3A4C, 0x1688, "Zelkora", "Virtual Resistive"};
+  std::variant<ResistiveDescription, PctDescription> controller = {};
+  bool on_hiddev = true;
+  bool on_hidraw = true;
   mode_t hiddev_mode = 0600;
   mode_t mode = 0600;  // of the other nodes
 };
@@ -28,9 +46,6 @@ struct PanelDescription {
 // Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1`. A value with a comma stands
 // in double quotes. Returns what is wrong with it, or an empty text.
 std::string parse_panel(std::string_view text, PanelDescription& panel);
-
-// Makes a controller what was described.
-void set_up(ResistiveController& controller, const PanelDescription& panel);
 
 // The kinds and keys, for --help.
 std::string panel_help();

@@ -7,6 +7,8 @@
 #include <numeric>
 #include <utility>
 
+#include "fault_counter.h"
+
 namespace zelkora::sim {
 namespace {
 
@@ -24,20 +26,12 @@ constexpr size_t kUsbIdAt = 6;
 constexpr size_t kEchoSize = 3;
 
 constexpr size_t kPosReplySize = 16;
-// The command byte of the first POS mode, and how many modes there are.
+// The command byte of the first POS mode.
 constexpr uint8_t kFirstPosMode = 0x20;
-constexpr uint8_t kPosModeCount = 4;
 
 uint8_t low(uint16_t number) { return static_cast<uint8_t>(number); }
 uint8_t high(uint16_t number) { return static_cast<uint8_t>(number >> 8); }
 uint16_t number(uint8_t low, uint8_t high) { return static_cast<uint16_t>(low | high << 8); }
-
-// Spoils one more command while the counter lasts.
-bool strikes(unsigned& counter) {
-  if (counter == 0) return false;
-  --counter;
-  return true;
-}
 
 bool starts_with(std::span<const uint8_t> report, std::span<const uint8_t> prefix) {
   return report.size() >= prefix.size() && std::ranges::equal(report.first(prefix.size()), prefix);
@@ -104,8 +98,8 @@ PctController::PctController(uint32_t firmware, UsbIdentity identity)
   });
 }
 
-PctFamily PctController::family() const {
-  return firmware_ >> kChipShift == kChip8752 ? PctFamily::k8752 : PctFamily::k8753;
+PctFamily PctController::family_of(uint32_t firmware) {
+  return firmware >> kChipShift == kChip8752 ? PctFamily::k8752 : PctFamily::k8753;
 }
 
 void PctController::set_usage_count(unsigned count) {

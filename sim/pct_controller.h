@@ -45,6 +45,8 @@ class PctController final : public HidDevice {
   static constexpr uint8_t kNormalMode = 0x01;
   static constexpr uint8_t kCommandMode = 0x90;
 
+  static constexpr unsigned kPosModeCount = 4;
+
   static constexpr size_t kBlockSize = 32;
   static constexpr size_t kFlashSize = kBlockSize + 2;  // the checksum follows, low byte first
 
@@ -63,7 +65,8 @@ class PctController final : public HidDevice {
   bool set_feature(uint8_t id, std::span<const uint8_t> payload) override;
   std::optional<std::vector<uint8_t>> get_feature(uint8_t id) override;
 
-  PctFamily family() const;
+  static PctFamily family_of(uint32_t firmware);
+  PctFamily family() const { return family_of(firmware_); }
   uint32_t firmware() const { return firmware_; }
   void set_firmware(uint32_t word) { firmware_ = word; }  // as after an update
 
@@ -78,15 +81,15 @@ class PctController final : public HidDevice {
   // In the order in which it is read: flags, mode - 1, clicks, right click's time and range.
   const PosConfig& pos_config() const { return pos_config_; }
   void set_pos_config(const PosConfig& bytes) { pos_config_ = bytes; }
-  unsigned pos_mode() const { return pos_config_[1] + 1U; }
+  unsigned pos_mode() const { return pos_config_[1] + 1U; }  // 1..kPosModeCount
+  void set_pos_mode(unsigned mode) { pos_config_[1] = static_cast<uint8_t>(mode - 1); }
 
   // The ids that a host wrote last. They are those of identity() once the controller was reset.
   uint16_t stored_vendor() const { return stored_vendor_; }
   uint16_t stored_product() const { return stored_product_; }
 
   // After a reset the controller leaves the bus and comes back as identity() says from then on.
-  // The call comes from inside set_feature(): a carrier notes it, and attaches the controller
-  // anew when the request that reset it is done.
+  // The call comes from inside set_feature(), whose request still ends well.
   void set_on_reset(std::function<void()> on_reset) { on_reset_ = std::move(on_reset); }
   unsigned resets() const { return resets_; }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "fault_counter.h"
+
 namespace zelkora::sim {
 namespace {
 
@@ -39,13 +41,6 @@ void append_hex4(Bytes& out, uint16_t value) {
   for (int shift = 12; shift >= 0; shift -= 4) {
     out.push_back(static_cast<uint8_t>(kDigits[(value >> shift) & 0xF]));
   }
-}
-
-// Spoils one more command while the counter lasts.
-bool strikes(unsigned& counter) {
-  if (counter == 0) return false;
-  --counter;
-  return true;
 }
 
 }  // namespace

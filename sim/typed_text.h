@@ -5,7 +5,9 @@
 #pragma once
 
 #include <charconv>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +29,18 @@ inline std::optional<unsigned> parse_number(std::string_view text, unsigned maxi
     return parse_digits(text.substr(2), 16, maximum);
   }
   return parse_digits(text, 10, maximum);
+}
+
+// Bytes of two hexadecimal digits each, as many as there is room for and no more.
+inline bool parse_bytes(std::string_view text, std::span<uint8_t> bytes) {
+  if (text.size() != 2 * bytes.size()) return false;
+  for (uint8_t& byte : bytes) {
+    const auto number = parse_digits(text.substr(0, 2), 16, 0xFF);
+    if (!number) return false;
+    byte = static_cast<uint8_t>(*number);
+    text.remove_prefix(2);
+  }
+  return true;
 }
 
 inline std::vector<std::string_view> split(std::string_view text, char separator) {

@@ -29,6 +29,11 @@ struct PluggedNode {
   std::shared_ptr<DeviceNode> node;
 };
 
+struct PluggedDevice {
+  HidDevice& device;
+  HidNodes nodes;
+};
+
 struct OpenFile {
   Path path;
   std::shared_ptr<DeviceNode> node;
@@ -70,15 +75,19 @@ std::string byte_run(std::span<const uint8_t> bytes) {
 }  // namespace
 
 struct VirtualKernel::State {
+  std::map<int, PluggedDevice> devices;  // by attachment
   std::vector<PluggedNode> nodes;
   std::map<int, OpenFile> files;
   std::vector<Fault> faults;
   std::function<void(std::string)> trace;
   std::vector<std::string> transfers;  // of the call that is going on
   int attachments = 0;
+  unsigned bus_numbers = 0;
   int handles = 0;
 
   void plug(int attachment, std::string path, std::shared_ptr<DeviceNode> node);
+  void plug_nodes(int attachment);
+  void drop_nodes(int attachment);
   std::shared_ptr<DeviceNode> share(std::string_view path) const;
   OpenFile* file(int handle);
   std::optional<int> strike(Call call, std::string_view path, unsigned long request = 0);
@@ -88,6 +97,28 @@ struct VirtualKernel::State {
 
 void VirtualKernel::State::plug(int attachment, Path path, std::shared_ptr<DeviceNode> node) {
   if (!path.empty()) nodes.push_back({std::move(path), attachment, std::move(node)});
+}
+
+// A device that comes back gets the next number on the bus, and its fields start anew.
+void VirtualKernel::State::plug_nodes(int attachment) {
+  const auto& [device, paths] = devices.at(attachment);
+  const auto interface = std::make_shared<HidInterface>(
+      device, paths.phys, ++bus_numbers,
+      [this](std::string line) { transfers.push_back(std::move(line)); });
+  plug(attachment, paths.hiddev, std::make_shared<HiddevNode>(interface));
+  plug(attachment, paths.hidraw, std::make_shared<HidrawNode>(interface));
+  plug(attachment, paths.event, std::make_shared<EventNode>(interface));
+}
+
+// A request that is going on keeps its node, which the open file owns as well.
+void VirtualKernel::State::drop_nodes(int attachment) {
+  for (const PluggedNode& plugged : nodes) {
+    if (plugged.attachment != attachment) continue;
+    for (auto& [handle, file] : files) {
+      if (file.node == plugged.node) file.unplugged = true;
+    }
+  }
+  std::erase_if(nodes, [&](const PluggedNode& node) { return node.attachment == attachment; });
 }
 
 std::shared_ptr<DeviceNode> VirtualKernel::State::share(std::string_view path) const {
@@ -124,12 +155,8 @@ VirtualKernel::~VirtualKernel() = default;
 
 int VirtualKernel::attach(HidDevice& device, HidNodes nodes) {
   const int attachment = ++state_->attachments;
-  const auto interface = std::make_shared<HidInterface>(
-      device, std::move(nodes.phys), static_cast<unsigned>(attachment),
-      [state = state_.get()](std::string line) { state->transfers.push_back(std::move(line)); });
-  state_->plug(attachment, std::move(nodes.hiddev), std::make_shared<HiddevNode>(interface));
-  state_->plug(attachment, std::move(nodes.hidraw), std::make_shared<HidrawNode>(interface));
-  state_->plug(attachment, std::move(nodes.event), std::make_shared<EventNode>(interface));
+  state_->devices.emplace(attachment, PluggedDevice{device, std::move(nodes)});
+  state_->plug_nodes(attachment);
   return attachment;
 }
 
@@ -140,14 +167,14 @@ int VirtualKernel::attach(SerialDevice& device, Path path) {
 }
 
 void VirtualKernel::unplug(int attachment) {
-  for (const PluggedNode& plugged : state_->nodes) {
-    if (plugged.attachment != attachment) continue;
-    for (auto& [handle, file] : state_->files) {
-      if (file.node == plugged.node) file.unplugged = true;
-    }
-  }
-  std::erase_if(state_->nodes,
-                [&](const PluggedNode& node) { return node.attachment == attachment; });
+  state_->drop_nodes(attachment);
+  state_->devices.erase(attachment);
+}
+
+void VirtualKernel::replug(int attachment) {
+  if (!state_->devices.contains(attachment)) return;
+  state_->drop_nodes(attachment);
+  state_->plug_nodes(attachment);
 }
 
 bool VirtualKernel::owns(std::string_view path) const { return state_->share(path) != nullptr; }

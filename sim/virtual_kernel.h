@@ -46,6 +46,11 @@ class VirtualKernel {
   // port, which hangs up, EIO).
   void unplug(int attachment);
 
+  // Unplugs a HID device and plugs it in again, with the same nodes, phys and number: what a device
+  // does that resets itself. A device may ask for this in the midst of a request, which then still
+  // ends as it would have. Without effect on a device that is not plugged in.
+  void replug(int attachment);
+
   bool owns(std::string_view path) const;
   std::vector<std::string> node_paths() const;
 

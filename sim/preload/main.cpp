@@ -14,12 +14,14 @@
 #include <filesystem>
 #include <fstream>
 
+#include "client.h"
 #include "command.h"
+#include "panel_file.h"
 #include "panels.h"
 #include "private_root.h"
 #include "protocol.h"
-#include "queries.h"
 #include "server.h"
+#include "typed_text.h"
 
 namespace {
 
@@ -27,6 +29,7 @@ using namespace zelkora::sim;
 
 struct Options {
   std::vector<std::string> panels;
+  std::string panel_file;
   std::vector<std::string> command;
   std::string data_directory;
   std::string trace_file;
@@ -61,6 +64,9 @@ void add_options(CLI::App& app, Options& options) {
       ->type_name("DESCRIPTION")
       ->allow_extra_args(false)
       ->check(CLI::Validator(describe, ""));
+  app.add_option("--panels", options.panel_file,
+                 "Present the panels that FILE describes, one to a line; they come first")
+      ->type_name("FILE");
   app.add_option("--data", options.data_directory,
                  "Show DIR as /opt/.touch_panel and keep what is written there")
       ->type_name("DIR");
@@ -71,26 +77,21 @@ void add_options(CLI::App& app, Options& options) {
 }
 
 // Inside a session: the words behind the name are passed on to the runner as they are.
-void add_query(CLI::App& app, std::vector<Query>& queries, const std::string& name,
-               const std::vector<std::string>& arguments, const std::string& help) {
-  Query& query = queries.emplace_back();
-  query.command = app.add_subcommand(name, help);
-  query.command->group("Queries, inside a session");
+void add_query(CLI::App& app, const QueryUsage& usage, Query& query) {
+  const auto arguments = split(usage.arguments, ' ');
+  query.command = app.add_subcommand(std::string(usage.name), std::string(usage.help));
+  query.command->group("");  // listed behind the options, with their arguments
   query.words.resize(arguments.size());
   for (size_t i = 0; i < arguments.size(); ++i) {
-    query.command->add_option(arguments[i], query.words[i])->required()->type_name("");
+    const std::string name(arguments[i]);
+    query.command->add_option(name, query.words[i])->required()->type_name("");
   }
 }
 
 void add_queries(CLI::App& app, std::vector<Query>& queries) {
-  queries.reserve(6);  // the options above point into it
-  add_query(app, queries, "value", {"PANEL", "ADDRESS"}, "Print a 16-bit value, decimal");
-  add_query(app, queries, "permanent", {"PANEL", "ADDRESS"},
-            "Print the value that a reset brings back");
-  add_query(app, queries, "set", {"PANEL", "ADDRESS", "VALUE"}, "Change a value");
-  add_query(app, queries, "silent", {"PANEL", "on|off"}, "Have a panel ignore commands, or not");
-  add_query(app, queries, "unplug", {"PANEL"}, "Take a panel away");
-  add_query(app, queries, "frames", {"PANEL"}, "Print the command frames so far, hexadecimal");
+  const std::vector<QueryUsage> usages = query_usages();
+  queries.resize(usages.size());  // the options point into it from here on
+  for (size_t i = 0; i < usages.size(); ++i) add_query(app, usages[i], queries[i]);
 }
 
 int ask(const Query& query) {
@@ -102,11 +103,15 @@ int ask(const Query& query) {
   return kExitDone;
 }
 
-std::vector<PanelDescription> parse_panels(std::vector<std::string> texts) {
-  if (texts.empty()) texts.emplace_back("resistive");
-  std::vector<PanelDescription> panels(texts.size());
-  for (size_t i = 0; i < texts.size(); ++i) parse_panel(texts[i], panels[i]);
-  return panels;
+// The panels of the file, then those of the command line. Returns what is wrong with the file.
+std::string describe_panels(const Options& options, std::vector<PanelDescription>& panels) {
+  if (!options.panel_file.empty()) {
+    std::string problem = read_panel_file(options.panel_file, panels);
+    if (!problem.empty()) return problem;
+  }
+  for (const std::string& text : options.panels) parse_panel(text, panels.emplace_back());
+  if (panels.empty()) panels.emplace_back();
+  return {};
 }
 
 // Everything that needs the real file system comes before the private root.
@@ -130,8 +135,11 @@ int run_session(Options& options) {
   if (access(ZELKORA_SIM_SOCKET_PATH, F_OK) == 0) {
     return fail("this is a session already; a session cannot hold another one", kExitUsage);
   }
+  std::vector<PanelDescription> descriptions;
+  const std::string mistake = describe_panels(options, descriptions);
+  if (!mistake.empty()) return fail(mistake, kExitUsage);
   std::ofstream trace;
-  Panels panels(parse_panels(options.panels));
+  Panels panels(descriptions);
   if (!options.trace_file.empty()) {
     trace.open(options.trace_file);
     if (!trace) return fail("cannot write " + options.trace_file + ": " + std::strerror(errno));
@@ -162,11 +170,13 @@ int run(int argc, char** argv) {
   add_queries(app, queries);
   app.set_version_flag("--version", "zelkora-sim " ZELKORA_VERSION);
   app.formatter(std::make_shared<HelpFormatter>());
-  app.footer(panel_help());
+  app.footer("Queries, inside a session. PANEL counts from 0:\n" + query_help() + "\n" +
+             panel_help());
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kExitDone : kExitUsage;
+    if (error.get_exit_code() == 0) return app.exit(error);
+    return fail(std::string(error.what()) + "; see zelkora-sim --help", kExitUsage);
   }
   for (const Query& query : queries) {
     if (query.command->parsed()) return ask(query);

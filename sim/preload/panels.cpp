@@ -73,48 +73,57 @@ std::string create_list(const fs::path& path, const std::vector<std::string>& na
   return file ? std::string() : failure("write", path);
 }
 
-HidNodes nodes_of(size_t number) {
+// All nodes of a panel have its number, also where panels before it have none of their kind.
+HidNodes nodes_of(const PanelDescription& panel, size_t number) {
   const std::string suffix = std::to_string(number);
-  return {"usb-0000:00:14.0-" + std::to_string(number + 1) + "/input0", "/dev/usb/hiddev" + suffix,
-          "/dev/hidraw" + suffix, "/dev/input/event" + suffix};
+  return {.phys = "usb-0000:00:14.0-" + std::to_string(number + 1) + "/input0",
+          .hiddev = panel.on_hiddev ? "/dev/usb/hiddev" + suffix : "",
+          .hidraw = panel.on_hidraw ? "/dev/hidraw" + suffix : "",
+          .event = "/dev/input/event" + suffix};
 }
 
 }  // namespace
 
 Panels::Panel::Panel(const PanelDescription& described, size_t number)
-    : usb(controller, described.identity), nodes(nodes_of(number)), description(described) {
-  set_up(controller, described);
-}
+    : panel(described), nodes(nodes_of(described, number)), description(described) {}
 
 Panels::Panels(std::span<const PanelDescription> descriptions) {
   for (const PanelDescription& description : descriptions) {
-    Panel& panel = *panels_.emplace_back(std::make_unique<Panel>(description, panels_.size()));
-    panel.attachment = kernel_.attach(panel.usb, panel.nodes);
-    // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
-    if (description.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
-    if (description.mode == 0) {
-      kernel_.fail_open(panel.nodes.hidraw, EACCES);
-      kernel_.fail_open(panel.nodes.event, EACCES);
-    }
+    plug(*panels_.emplace_back(std::make_unique<Panel>(description, panels_.size())));
+  }
+}
+
+void Panels::plug(Panel& panel) {
+  panel.attachment = kernel_.attach(panel.panel.usb(), panel.nodes);
+  panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
+  // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
+  if (panel.description.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
+  if (panel.description.mode == 0) {
+    kernel_.fail_open(panel.nodes.hidraw, EACCES);
+    kernel_.fail_open(panel.nodes.event, EACCES);
   }
 }
 
 std::string Panels::create_nodes(std::string HidNodes::*kind,
                                  mode_t PanelDescription::*mode) const {
   std::vector<Placeholder> nodes;
-  for (const auto& panel : panels_) nodes.push_back({panel->nodes.*kind, panel->description.*mode});
-  return create_in_order(std::move(nodes));
+  for (const auto& panel : panels_) {
+    const std::string& path = panel->nodes.*kind;
+    if (!path.empty()) nodes.push_back({path, panel->description.*mode});
+  }
+  return nodes.empty() ? std::string() : create_in_order(std::move(nodes));
 }
 
 std::string Panels::create_name_lists() const {
-  std::vector<std::string> resistive;
+  std::vector<std::string> resistive, pct;
   for (const auto& panel : panels_) {
+    auto& names = panel->panel.pct() ? pct : resistive;
     const std::string& name = panel->description.identity.product_name;
-    if (std::ranges::find(resistive, name) == resistive.end()) resistive.push_back(name);
+    if (std::ranges::find(names, name) == names.end()) names.push_back(name);
   }
   const fs::path directory = kDataDirectory;
   std::string problem = create_list(directory / "rmanuflist.conf", resistive);
-  if (problem.empty()) problem = create_list(directory / "manuflist.conf", {});
+  if (problem.empty()) problem = create_list(directory / "manuflist.conf", pct);
   return problem;
 }
 
@@ -135,7 +144,7 @@ bool Panels::unplug(size_t number) {
   panel.plugged = false;
   kernel_.unplug(panel.attachment);
   for (const std::string& node : {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event}) {
-    remove_node_placeholder(node);
+    if (!node.empty()) remove_node_placeholder(node);
   }
   return true;
 }

@@ -11,36 +11,38 @@
 #include <vector>
 
 #include "panel_description.h"
+#include "panel_queries.h"
 #include "virtual_kernel.h"
+#include "virtual_panel.h"
 
 namespace zelkora::sim {
 
-class Panels {
+class Panels final : public PluggedPanels {
  public:
   explicit Panels(std::span<const PanelDescription> descriptions);
 
-  size_t size() const { return panels_.size(); }
-  ResistiveController& controller(size_t panel) { return panels_[panel]->controller; }
+  size_t size() const override { return panels_.size(); }
+  VirtualPanel& panel(size_t number) override { return panels_[number]->panel; }
+  bool unplug(size_t number) override;
+
   VirtualKernel& kernel() { return kernel_; }
 
   // Creates the placeholders and the default product-name lists. To be called in the private root.
   // Returns what failed, or an empty text.
   std::string create_files() const;
 
-  // False when the panel was unplugged before.
-  bool unplug(size_t panel);
-
  private:
   struct Panel {
-    ResistiveController controller;
-    ResistiveUsb usb;
+    Panel(const PanelDescription& described, size_t number);
+
+    VirtualPanel panel;
     HidNodes nodes;
     PanelDescription description;
     int attachment = -1;
     bool plugged = true;
-
-    Panel(const PanelDescription& described, size_t number);
   };
+
+  void plug(Panel& panel);
 
   std::string create_nodes(std::string HidNodes::*kind, mode_t PanelDescription::*mode) const;
   std::string create_name_lists() const;

@@ -280,6 +280,14 @@ INTERPOSED int dup2(int fd, int copy) {
   return result;
 }
 
+INTERPOSED int dup3(int fd, int copy, int flags) {
+  static int (*next)(int, int, int);
+  if (next == NULL) find_next(&next, "dup3");
+  const int result = next(fd, copy, flags);
+  forget(result);
+  return result;
+}
+
 INTERPOSED int dup(int fd) {
   static int (*next)(int);
   if (next == NULL) find_next(&next, "dup");
@@ -287,6 +295,21 @@ INTERPOSED int dup(int fd) {
   forget(result);
   return result;
 }
+
+/* Every argument there is, number or pointer, passes through a pointer unharmed. */
+INTERPOSED int fcntl(int fd, int command, ...) {
+  static int (*next)(int, int, ...);
+  if (next == NULL) find_next(&next, "fcntl");
+  va_list arguments;
+  va_start(arguments, command);
+  void* argument = va_arg(arguments, void*);
+  va_end(arguments);
+  const int result = next(fd, command, argument);
+  if (command == F_DUPFD || command == F_DUPFD_CLOEXEC) forget(result);
+  return result;
+}
+
+INTERPOSED int fcntl64(int fd, int command, ...) __attribute__((alias("fcntl")));
 
 /* ---- Waiting -------------------------------------------------------------------------------- */
 

@@ -19,7 +19,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "queries.h"
+#include "panel_queries.h"
 
 namespace zelkora::sim {
 namespace {

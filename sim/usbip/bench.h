@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// The plugged controllers and the commands that look into them.
+// The plugged panels and the queries to them.
 #pragma once
 
 #include <memory>
@@ -10,12 +10,13 @@
 #include <vector>
 
 #include "panel_description.h"
+#include "panel_queries.h"
 #include "usbip_server.h"
 
 namespace zelkora::sim {
 
 // Failures are thrown as std::runtime_error with a text for the user.
-class Bench {
+class Bench final : public PluggedPanels {
  public:
   Bench();
   ~Bench();
@@ -24,26 +25,26 @@ class Bench {
 
   UsbNodes plug(const PanelDescription& description);
 
-  // Runs one command and returns its one-line answer; "error: " and the reason when it was not
-  // understood or failed.
-  //   value PANEL ADDRESS       the 16-bit value in the controller
-  //   permanent PANEL ADDRESS   the value that survives a reset
-  //   set PANEL ADDRESS VALUE   changes the value in the controller
-  //   silent PANEL on|off       whether the controller stalls every request for its reply
-  //   frames PANEL              how many command frames came, then each of them in hex
-  //   unplug PANEL              pulls the plug and waits until the nodes are gone
+  size_t size() const override { return panels_.size(); }
+  VirtualPanel& panel(size_t number) override { return *panels_[number].panel; }
+  // Waits until the nodes are gone.
+  bool unplug(size_t number) override;
+
+  // Answers a query in one line: with "ok" when there is nothing to say, with the number of lines
+  // and " | " in front of each when it is a list, with "error: " and the reason when it failed.
   std::string run(std::string_view line);
 
   // Answers the kernel until this descriptor can be read.
   void serve_until_readable(int descriptor) { server_.serve_until_readable(descriptor); }
 
  private:
-  struct Panel;
-
-  std::string dispatch(const std::vector<std::string_view>& words);
+  struct Panel {
+    std::unique_ptr<VirtualPanel> panel;
+    bool plugged = true;
+  };
 
   // Declared before the server, so that it outlives it.
-  std::vector<std::unique_ptr<Panel>> panels_;
+  std::vector<Panel> panels_;
   UsbipServer server_;
 };
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // zelkora-usbip: plugs virtual controllers into the running kernel and serves them until its input
-// ends. See bench.h for the commands that it takes there.
+// ends. What comes there are queries: see panel_queries.h.
 #include <unistd.h>
 
 #include <cstdio>
@@ -24,17 +24,18 @@ constexpr char kUsage[] =
     "\n"
     "The controllers are plugged in one after another. For each it prints \"plugged NUMBER HIDDEV\n"
     "HIDRAW EVENT\", with the nodes that the kernel made, and at last \"ready\". From then on it\n"
-    "takes commands, a line each, and answers each with a line:\n"
-    "  value PANEL ADDRESS      the 16-bit value in the controller, decimal\n"
-    "  permanent PANEL ADDRESS  the value that a reset brings back\n"
-    "  set PANEL ADDRESS VALUE  changes a value\n"
-    "  silent PANEL on|off      whether the controller ignores commands\n"
-    "  frames PANEL             how many command frames came, and each of them in hexadecimal\n"
-    "  unplug PANEL             takes the controller away\n"
-    "\n";
+    "takes queries, a line each, and answers each with a line: with \"ok\" when there is nothing\n"
+    "to say, with how many and \" | \" in front of each for frames, or with \"error: \" and the\n"
+    "reason. PANEL counts from 0.\n";
 
-// Runs the commands that come on standard input, serving the kernel in between.
-void take_commands(zelkora::sim::Bench& bench) {
+void print_help(std::FILE* file) {
+  const std::string queries = zelkora::sim::query_help();
+  const std::string panels = zelkora::sim::panel_help();
+  std::fprintf(file, "%s%s\n%s", kUsage, queries.c_str(), panels.c_str());
+}
+
+// Answers the queries that come on standard input, serving the kernel in between.
+void answer_queries(zelkora::sim::Bench& bench) {
   std::string pending;
   char buffer[256];
   for (;;) {
@@ -66,14 +67,14 @@ void run(const std::vector<zelkora::sim::PanelDescription>& descriptions) {
                 nodes.event.c_str());
   }
   std::puts("ready");
-  take_commands(bench);
+  answer_queries(bench);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2 || std::string_view(argv[1]) == "--help") {
-    std::fprintf(argc < 2 ? stderr : stdout, "%s%s", kUsage, zelkora::sim::panel_help().c_str());
+    print_help(argc < 2 ? stderr : stdout);
     return argc < 2 ? 2 : 0;
   }
   try {

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstring>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -28,9 +29,10 @@ std::runtime_error failure(const std::string& what) {
   return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// The first free port for devices of up to high speed. Each line of the table reads
-// "hub port state ...", and state 4 is a port with nothing in it.
-unsigned free_port() {
+// The first port without a device, of those for devices of up to high speed; `only`: this one, if
+// it is free. Each line of the table reads "hub port state ...".
+std::optional<unsigned> free_port(std::optional<unsigned> only = std::nullopt) {
+  constexpr unsigned kNothingInIt = 4;
   std::ifstream status(std::string(kHostController) + "/status");
   if (!status) {
     throw std::runtime_error(std::string(kHostController) +
@@ -41,9 +43,16 @@ unsigned free_port() {
     std::istringstream words(line);
     std::string hub;
     unsigned port = 0, state = 0;
-    if (words >> hub >> port >> state && hub == "hs" && state == 4) return port;
+    const bool is_free = words >> hub >> port >> state && hub == "hs" && state == kNothingInIt;
+    if (is_free && port == only.value_or(port)) return port;
   }
-  throw std::runtime_error("every port of the virtual host controller is taken");
+  return std::nullopt;
+}
+
+unsigned any_free_port() {
+  const std::optional<unsigned> port = free_port();
+  if (!port) throw std::runtime_error("every port of the virtual host controller is taken");
+  return *port;
 }
 
 // The node below /dev whose entry in /sys matches the pattern; empty when there is none, or none
@@ -65,30 +74,26 @@ std::string find_node(const std::string& pattern, std::string_view folder) {
 // One controller, its port and the connection to the kernel.
 class UsbipServer::Plug {
  public:
-  explicit Plug(HidDevice& device) : session_(device), port_(free_port()) {
-    std::array<int, 2> ends{};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-      throw failure("socketpair");
-    }
-    socket_ = ends[0];
-    try {
-      attach(ends[1]);
-    } catch (...) {
-      close(ends[1]);
-      disconnect();
-      throw;
-    }
-    close(ends[1]);  // the kernel holds it now
-  }
+  explicit Plug(HidDevice& device) : device_(device), port_(any_free_port()) { connect(); }
   ~Plug() { disconnect(); }
   Plug(const Plug&) = delete;
   Plug& operator=(const Plug&) = delete;
 
   int socket() const { return socket_; }
 
-  void disconnect() {
-    if (socket_ >= 0) close(socket_);
-    socket_ = -1;
+  void unplug() {
+    leaving_ = false;
+    disconnect();
+  }
+
+  // The device leaves when it has answered what it is asked just now, and comes back.
+  void replug() { leaving_ = true; }
+  bool is_away() const { return leaving_ && socket_ < 0; }
+  // The kernel needs a moment to notice that the port is free again.
+  void come_back() {
+    if (!free_port(port_)) return;
+    leaving_ = false;
+    connect();
   }
 
   // Takes what the kernel sent and answers it.
@@ -97,13 +102,14 @@ class UsbipServer::Plug {
     const ssize_t count = read(socket_, buffer.data(), buffer.size());
     if (count < 0 && errno == EINTR) return;
     if (count <= 0) return disconnect();
-    const auto answers = session_.receive({buffer.data(), static_cast<size_t>(count)});
+    const auto answers = session_->receive({buffer.data(), static_cast<size_t>(count)});
     for (size_t sent = 0; sent < answers.size();) {
       const ssize_t part =
           send(socket_, answers.data() + sent, answers.size() - sent, MSG_NOSIGNAL);
       if (part < 0) return disconnect();
       sent += static_cast<size_t>(part);
     }
+    if (leaving_) disconnect();
   }
 
   UsbNodes nodes() const {
@@ -115,6 +121,28 @@ class UsbipServer::Plug {
   }
 
  private:
+  void connect() {
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+      throw failure("socketpair");
+    }
+    session_.emplace(device_);
+    socket_ = ends[0];
+    try {
+      attach(ends[1]);
+    } catch (...) {
+      close(ends[1]);
+      disconnect();
+      throw;
+    }
+    close(ends[1]);  // the kernel holds it now
+  }
+
+  void disconnect() {
+    if (socket_ >= 0) close(socket_);
+    socket_ = -1;
+  }
+
   // Gives the kernel its end: port, descriptor, a device number of its own, full speed.
   void attach(int kernel_end) const {
     constexpr unsigned kFullSpeed = 2;
@@ -125,9 +153,11 @@ class UsbipServer::Plug {
     if (!file) throw failure(path);
   }
 
-  UsbipSession session_;
+  HidDevice& device_;
+  std::optional<UsbipSession> session_;  // a new one each time the device is plugged in
   unsigned port_;
   int socket_ = -1;
+  bool leaving_ = false;
 };
 
 UsbipServer::UsbipServer() = default;
@@ -147,13 +177,15 @@ UsbNodes UsbipServer::plug(HidDevice& device) {
 
 void UsbipServer::unplug(size_t number) {
   Plug& plug = *plugs_.at(number);
-  plug.disconnect();
+  plug.unplug();
   const bool gone = serve_until([&] {
     const UsbNodes left = plug.nodes();
     return left.hiddev.empty() && left.hidraw.empty() && left.event.empty();
   });
   if (!gone) throw std::runtime_error("the kernel keeps the nodes of an unplugged controller");
 }
+
+void UsbipServer::replug(size_t number) { plugs_.at(number)->replug(); }
 
 void UsbipServer::serve_until_readable(int descriptor) {
   while (!serve(descriptor, -1)) {
@@ -174,7 +206,11 @@ bool UsbipServer::serve_until(Condition condition) {
 // can be read. A descriptor of -1 never can.
 bool UsbipServer::serve(int descriptor, int milliseconds) {
   std::vector<pollfd> wanted{{descriptor, POLLIN, 0}};
-  for (const auto& plug : plugs_) wanted.push_back({plug->socket(), POLLIN, 0});
+  for (const auto& plug : plugs_) {
+    if (plug->is_away()) plug->come_back();
+    if (plug->is_away()) milliseconds = kLookAgainMilliseconds;
+    wanted.push_back({plug->socket(), POLLIN, 0});
+  }
   if (poll(wanted.data(), wanted.size(), milliseconds) < 0) {
     if (errno == EINTR) return false;
     throw failure("poll");

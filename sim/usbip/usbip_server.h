@@ -40,6 +40,10 @@ class UsbipServer {
   // Pulls the plug and waits until the kernel has dropped the nodes.
   void unplug(size_t number);
 
+  // Pulls the plug and puts it back into the same port: what a device does that resets itself. A
+  // device may ask for this in the midst of a request; it is done while the kernel is answered.
+  void replug(size_t number);
+
   // Answers the kernel until this descriptor can be read.
   void serve_until_readable(int descriptor);
 

@@ -16,7 +16,7 @@ BUILD = os.path.abspath(os.environ.get("ZELKORA_BUILD", "build"))
 SIM = os.path.join(BUILD, "zelkora-sim")
 NOBODY = 65534
 
-# What a host program does with a hiddev node, for the scripts of the tests.
+# What a host program does with a hiddev or hidraw node, for the scripts of the tests.
 PRELUDE = r"""
 import ctypes, errno, fcntl, os, struct, subprocess, sys, time
 
@@ -31,6 +31,9 @@ SET_REPORT = ioc(WRITE, 0x08, 12)
 GET_FIELD_INFO = ioc(READ | WRITE, 0x0A, 56)
 GET_USAGE = ioc(READ | WRITE, 0x0B, 24)
 SET_USAGE = ioc(WRITE, 0x0C, 24)
+GET_RAW_INFO = ioc(READ, 0x03, 8)
+SET_FEATURE = ioc(READ | WRITE, 0x06, 64)
+GET_FEATURE = ioc(READ | WRITE, 0x07, 64)
 FEATURE_1 = struct.pack("3I", 3, 1, 0)
 USAGES = 63
 
@@ -76,6 +79,24 @@ class Panel:
     def command(self, text):
         self.send(b"\x01" + text.encode() + b"\r")
         return self.receive().strip(b"\x01\r").decode()
+
+# A PCT panel over hidraw: 64-byte feature reports behind their ids.
+class HidrawPanel:
+    def __init__(self, node="/dev/hidraw0"):
+        self.fd = os.open(node, os.O_RDWR)
+
+    def id(self):
+        room = bytearray(8)
+        fcntl.ioctl(self.fd, GET_RAW_INFO, room)
+        return "%04X:%04X" % struct.unpack_from("HH", room, 4)
+
+    def send(self, *report):
+        return fcntl.ioctl(self.fd, SET_FEATURE, bytearray(report).ljust(64, b"\0"))
+
+    def receive(self, report, count):
+        room = bytearray([report]).ljust(64, b"\0")
+        fcntl.ioctl(self.fd, GET_FEATURE, room)
+        return room[1:1 + count].hex()
 
 def sim(*words):
     return subprocess.run([SIM, *words], capture_output=True, text=True)

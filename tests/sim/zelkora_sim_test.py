@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The Zelkora authors
 # SPDX-License-Identifier: MIT
-"""zelkora-sim through its real executable: sessions, their panels and the queries to them.
+"""zelkora-sim through its real executable: resistive panels, descriptors and queries.
 
 The programs run in the sessions are Python and sh: they know nothing of the simulator and reach
 the virtual nodes by the plain system calls.
@@ -9,15 +9,9 @@ the virtual nodes by the plain system calls.
 
 import os
 import shutil
-import signal
-import subprocess
-import sys
-import time
 import unittest
 
-from sim_session import BUILD, PRELUDE, SIM, SimulatorTest, run, session, without_privileges
-
-REAL_DATA = "/opt/.touch_panel"
+from sim_session import BUILD, SIM, SimulatorTest, run, session, without_privileges
 
 
 class Panels(SimulatorTest):
@@ -126,23 +120,13 @@ print(panel.command("SP560000"), panel.command("SP560000"), panel.command("GP56"
 
     def test_a_wrong_description_is_refused_with_the_reason(self):
         for description, reason in [
-                ("projected", "'projected' is no kind of panel; known: resistive"),
+                ("projected", "'projected' is no kind of panel; known: resistive, pct8752, pct8753"),
                 ("resistive,colour=red", "unknown key 'colour'"),
-                ("resistive,", "unknown key ''"),
-                ("resistive,id=3A4C", "'3A4C' is no value for 'id': expected VVVV:PPPP"),
-                ("resistive,id=3A4C:1688:1", "is no value for 'id'"),
-                ("resistive,id=13A4C:1688", "is no value for 'id'"),
-                ("resistive,mode=0800", "'0800' is no value for 'mode'"),
-                ("resistive,silent=1", "'silent' takes no value"),
-                ("resistive,firmware", "'firmware' needs a value"),
-                ("resistive,name=", "'' is no value for 'name'"),
-                ("resistive,name=\"open", "a double quote is not closed"),
-                ("resistive,word256=1", "'word256=1': expected word0=0 to word255=65535"),
-                ("resistive,word1=65536", "expected word0=0"),
-                ("resistive,word1", "expected word0=0"),
-                ("resistive,stores=-1", "'-1' is no value for 'stores'")]:
+                ("pct8753,pos=5", "'5' is no value for 'pos': expected MODE, 1..4")]:
             with self.subTest(description):
-                self.assert_fails(2, reason, session(["true"], "--panel", description))
+                result = session(["true"], "--panel", description)
+                self.assert_fails(2, reason, result)
+                self.assertTrue(result.stderr.startswith("zelkora-sim: --panel: "), result.stderr)
 
 
 class Descriptors(SimulatorTest):
@@ -166,9 +150,20 @@ os.unlink("/dev/shm/touch-%d" % os.getpid())
         result = session("""
 panel = Panel()
 other = os.open("/dev/null", os.O_RDWR)
+other_file = os.open("/dev/null", os.O_RDWR)
 os.read(other, 1)
 os.dup2(panel.fd, other)
 print(Panel(other).command("OI"), Panel(os.dup(panel.fd)).command("OI"))
+for copy in (lambda: fcntl.fcntl(panel.fd, fcntl.F_DUPFD, 20),
+             lambda: fcntl.fcntl(panel.fd, fcntl.F_DUPFD_CLOEXEC, 20),
+             lambda: ctypes.CDLL(None).fcntl64(panel.fd, fcntl.F_DUPFD, 20),
+             lambda: ctypes.CDLL(None).dup3(panel.fd, 20, os.O_CLOEXEC)):
+    ordinary = os.dup2(other_file, 20)
+    os.read(ordinary, 1)
+    os.close(ordinary)
+    fd = copy()
+    print(fd, Panel(fd).command("OI"))
+    os.close(fd)
 sys.stdout.flush()
 if os.fork() == 0:
     print(panel.command("GP58"))
@@ -180,7 +175,7 @@ script = open("/proc/self/cmdline").read().split(chr(0))[2].split("# script")[0]
 os.execv(sys.executable, [sys.executable, "-c", script + "print(Panel(%d).command('GP59'))" % panel.fd])
 # script
 """.replace("panel = Panel()", "# script\npanel = Panel()", 1))
-        self.assert_prints("V1.2 V1.2\n07D0\n000A", result)
+        self.assert_prints("V1.2 V1.2\n" + "20 V1.2\n" * 4 + "07D0\n000A", result)
 
     def test_a_reused_descriptor_number_is_an_ordinary_file_again(self):
         result = session("""
@@ -245,156 +240,10 @@ for turn in range(200):
         self.assertEqual(["open", "close"] * 200, kinds)
 
 
-class Sessions(SimulatorTest):
-    def test_the_exit_status_of_the_command_is_passed_on(self):
-        self.assertEqual(7, session(["sh", "-c", "exit 7"]).returncode)
-        self.assertEqual(128 + signal.SIGKILL, session(["sh", "-c", "kill -KILL $$"]).returncode)
-
-    def test_a_command_that_cannot_run_is_named(self):
-        self.assert_fails(127, "cannot run ./missing: No such file", session(["./missing"]))
-        self.assert_fails(126, "cannot run /etc/passwd: Permission denied", session(["/etc/passwd"]))
-
-    def test_arguments_reach_the_command_unchanged(self):
-        words = ["--panel", "-x", "", "a b", "--", "value"]
-        result = session(["sh", "-c", 'printf "<%s>" "$@"', "sh", *words])
-        self.assert_prints("".join("<%s>" % word for word in words), result)
-
-    def test_nothing_to_run_is_a_usage_error(self):
-        self.assert_fails(2, "nothing to run", run([SIM, "--no-waits"]))
-
-    def test_the_session_ends_with_its_command_and_not_with_what_that_left_running(self):
-        marker = self.path("marker")
-        script = "(while ! [ -e %s ]; do sleep 0.05; done) >/dev/null 2>&1 & exit 3" % marker
-        started = time.monotonic()
-        result = session(["sh", "-c", script])
-        open(marker, "w").close()
-        self.assertEqual(3, result.returncode)
-        self.assertLess(time.monotonic() - started, 30)
-
-    def test_a_process_left_running_is_told_that_the_panels_are_gone(self):
-        report = self.path("report")
-        result = session("""
-panel = Panel()
-if os.fork() == 0:
-    os.close(1); os.close(2)
-    parent = os.getppid()
-    while error_of(panel.name) == "done":
-        time.sleep(0.02)
-    late = sim("value", "0", "86")
-    text = "%s %s %d %s" % (error_of(panel.name), error_of(Panel), late.returncode, late.stderr)
-    with open(REPORT + ".new", "w") as file:
-        file.write(text)
-    os.rename(REPORT + ".new", REPORT)
-""".replace("REPORT", repr(report)))
-        self.assert_prints("", result)
-        for _ in range(200):
-            if os.path.exists(report):
-                break
-            time.sleep(0.05)
-        with open(report) as file:
-            self.assertEqual("ENODEV ENODEV 2 zelkora-sim: the session is over; its panels are gone\n",
-                             file.read())
-
-    @staticmethod
-    def end_group(leader):
-        try:
-            os.killpg(leader, signal.SIGKILL)
-        except ProcessLookupError:
-            pass  # all of them have ended, as they should
-
-    def test_a_termination_signal_reaches_the_command(self):
-        ready = self.path("ready")
-        script = "trap 'exit 5' TERM; touch %s; while :; do sleep 0.05; done" % ready
-        runner = subprocess.Popen([SIM, "--", "sh", "-c", script], start_new_session=True)
-        self.addCleanup(self.end_group, runner.pid)
-        for _ in range(200):
-            if os.path.exists(ready):
-                break
-            time.sleep(0.05)
-        runner.terminate()
-        self.assertEqual(5, runner.wait(timeout=30))
-
-    def test_a_session_holds_no_second_one(self):
-        self.assert_fails(2, "this is a session already", session([SIM, "--", "true"]))
-
-    def test_waits_are_skipped_only_when_asked_for(self):
-        script = """
-libc = ctypes.CDLL(None)
-start = time.monotonic()
-libc.usleep(WAIT)
-libc.sleep(WAIT // 1000000)
-print(time.monotonic() - start < WAIT / 1e6)
-"""
-        self.assert_prints("False", session(script.replace("WAIT", "200000")))
-        self.assert_prints("True", session(script.replace("WAIT", "20000000"), "--no-waits"))
-
-    def test_the_trace_names_every_call(self):
-        trace = self.path("trace")
-        result = session("Panel().command('OI')", "--trace", trace)
-        self.assert_prints("", result)
-        with open(trace) as file:
-            lines = file.read().splitlines()
-        self.assertEqual("open /dev/usb/hiddev0 O_RDWR|O_CLOEXEC", lines[0])
-        self.assertIn("ioctl HIDIOCSREPORT type=3 id=1", lines)
-        self.assertIn("set_report 1: 04 01 4F 49 0D", lines)
-        self.assertIn("get_report 1: 06 01 56 31 2E 32 0D", lines)
-        self.assertEqual("close /dev/usb/hiddev0", lines[-1])
-
-    def test_a_trace_that_cannot_be_written_ends_the_session_before_it_begins(self):
-        missing = self.path("missing/trace")
-        self.assert_fails(1, "cannot write %s: No such file" % missing,
-                          session(["true"], "--trace", missing))
-
-    def test_a_build_directory_may_have_any_name(self):
-        place = self.path("a b:c")
-        os.mkdir(place)
-        for name in ("zelkora-sim", "libzelkora-sim-preload.so"):
-            shutil.copy(os.path.join(BUILD, name), place)
-        result = run([os.path.join(place, "zelkora-sim"), "--", sys.executable, "-c",
-                      PRELUDE + "print(Panel().name())"])
-        self.assert_prints("Zelkora Virtual Resistive", result)
-
-    def test_a_missing_preload_library_is_named(self):
-        shutil.copy(SIM, self.directory)
-        result = run([self.path("zelkora-sim"), "--", "true"])
-        self.assert_fails(1, "libzelkora-sim-preload.so is missing", result)
-
-
-class DataDirectory(SimulatorTest):
-    def listing(self):
-        return sorted(os.listdir(REAL_DATA)) if os.path.isdir(REAL_DATA) else None
-
-    def test_the_data_directory_is_private_and_everybody_may_write_to_it(self):
-        before = self.listing()
-        result = session(["sh", "-c", "echo x >%s/mark && stat -c %%a %s && cat %s/mark"
-                          % (REAL_DATA, REAL_DATA, REAL_DATA)])
-        self.assert_prints("777\nx", result)
-        self.assertEqual(before, self.listing())
-
-    def test_the_name_lists_hold_the_panels_presented(self):
-        result = session(["sh", "-c", "cd %s && cat rmanuflist.conf && wc -c <manuflist.conf"
-                          % REAL_DATA], "--panel", "resistive", "--panel", "resistive,name=Other",
-                         "--panel", "resistive")
-        self.assert_prints("Virtual Resistive\nOther\n0", result)
-
-    def test_a_given_data_directory_is_kept_with_the_lists_in_it(self):
-        data = self.path("new/data")
-        self.assert_prints("", session(["sh", "-c", "echo 1 >%s/kept" % REAL_DATA], "--data", data))
-        self.assertEqual(["kept", "manuflist.conf", "rmanuflist.conf"], sorted(os.listdir(data)))
-        with open(os.path.join(data, "rmanuflist.conf"), "w") as file:
-            file.write("Mine\n")
-        script = "cat %s/kept %s/rmanuflist.conf" % (REAL_DATA, REAL_DATA)
-        self.assert_prints("1\nMine", session(["sh", "-c", script], "--data", data))
-
-    def test_the_devices_of_the_machine_are_out_of_reach(self):
-        result = session(["sh", "-c", "echo /dev/tty[A-Z]* /dev/loop* /dev/hid* /dev/usb/*"])
-        self.assert_prints("/dev/tty[A-Z]* /dev/loop* /dev/hidraw0 /dev/usb/hiddev0", result)
-
-
 class Queries(SimulatorTest):
     def test_outside_a_session_every_query_says_so(self):
-        for words in (["value", "0", "86"], ["permanent", "0", "86"], ["set", "0", "86", "1"],
-                      ["silent", "0", "on"], ["unplug", "0"], ["frames", "0"]):
+        for words in (["value", "0", "86"], ["set", "0", "86", "1"], ["silent", "0", "on"],
+                      ["unplug", "0"], ["frames", "0"], ["pos-mode", "0"], ["fault", "0", "silent"]):
             with self.subTest(words[0]):
                 self.assert_fails(2, "there is no session here", run([SIM, *words]))
 

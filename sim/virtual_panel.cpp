@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+#include "virtual_panel.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zelkora::sim {
+namespace {
+
+// The block by which a host knows the panel again: what it was when the block was written, and its
+// serial number. Numbers have their high byte first. The host's encoding is a plain copy.
+std::array<uint8_t, PctController::kBlockSize> identity_block(
+    const UsbIdentity& identity, uint32_t firmware, const std::array<uint8_t, 8>& serial_number) {
+  constexpr size_t kSerialNumberAt = 12;
+  constexpr unsigned kRevisionMask = 0xFFF;
+  std::array<uint8_t, PctController::kBlockSize> block{};
+  size_t at = 0;
+  for (const unsigned number :
+       {unsigned{identity.vendor}, unsigned{identity.product}, firmware & kRevisionMask}) {
+    block[at++] = static_cast<uint8_t>(number >> 8);
+    block[at++] = static_cast<uint8_t>(number);
+  }
+  std::ranges::copy(serial_number, block.begin() + kSerialNumberAt);
+  return block;
+}
+
+}  // namespace
+
+VirtualPanel::Resistive::Resistive(const ResistiveDescription& description,
+                                   const UsbIdentity& identity)
+    : usb(controller, identity) {
+  controller.set_firmware(description.firmware);
+  controller.faults = description.faults;
+  for (const auto& [address, value] : description.words) {
+    controller.set_stored_value(address, value);
+  }
+}
+
+VirtualPanel::VirtualPanel(const PanelDescription& description) {
+  if (const auto* own = std::get_if<ResistiveDescription>(&description.controller)) {
+    model_.emplace<Resistive>(*own, description.identity);
+  } else {
+    const auto& pct = std::get<PctDescription>(description.controller);
+    model_.emplace<PctController>(pct.firmware, description.identity);
+    set_up(pct);
+  }
+}
+
+void VirtualPanel::set_up(const PctDescription& description) {
+  PctController& controller = *pct();
+  controller.faults = description.faults;
+  controller.set_pos_mode(description.pos_mode);
+  if (description.serial_number) {
+    controller.store_block(
+        identity_block(controller.identity(), description.firmware, *description.serial_number));
+  }
+}
+
+std::string_view VirtualPanel::kind() const {
+  const auto* controller = std::get_if<PctController>(&model_);
+  if (controller == nullptr) return "resistive";
+  return controller->family() == PctFamily::k8752 ? "pct8752" : "pct8753";
+}
+
+HidDevice& VirtualPanel::usb() {
+  if (PctController* controller = pct()) return *controller;
+  return std::get<Resistive>(model_).usb;
+}
+
+ResistiveController* VirtualPanel::resistive() {
+  auto* own = std::get_if<Resistive>(&model_);
+  return own != nullptr ? &own->controller : nullptr;
+}
+
+// A resistive controller stays on the bus when it is reset.
+void VirtualPanel::set_on_reset(std::function<void()> on_reset) {
+  if (PctController* controller = pct()) controller->set_on_reset(std::move(on_reset));
+}
+
+}  // namespace zelkora::sim

@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 The Zelkora authors
+// SPDX-License-Identifier: MIT
+//
+// A virtual panel: the controller that a description asks for, of whatever kind.
+#pragma once
+
+#include <functional>
+#include <string_view>
+#include <variant>
+
+#include "hid_device.h"
+#include "panel_description.h"
+#include "pct_controller.h"
+#include "resistive_controller.h"
+
+namespace zelkora::sim {
+
+class VirtualPanel {
+ public:
+  explicit VirtualPanel(const PanelDescription& description);
+  VirtualPanel(const VirtualPanel&) = delete;
+  VirtualPanel& operator=(const VirtualPanel&) = delete;
+
+  // As in a description: "resistive", "pct8752" or "pct8753".
+  std::string_view kind() const;
+
+  HidDevice& usb();
+
+  // The controller, if the panel is of this kind.
+  ResistiveController* resistive();
+  PctController* pct() { return std::get_if<PctController>(&model_); }
+
+  // Called in the midst of a request after which the panel leaves the bus and comes back.
+  void set_on_reset(std::function<void()> on_reset);
+
+ private:
+  struct Resistive {
+    Resistive(const ResistiveDescription& description, const UsbIdentity& identity);
+
+    ResistiveController controller;
+    ResistiveUsb usb;
+  };
+
+  void set_up(const PctDescription& description);
+
+  std::variant<std::monostate, Resistive, PctController> model_;
+};
+
+}  // namespace zelkora::sim
