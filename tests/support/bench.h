@@ -124,10 +124,16 @@ class Bench : public testing::Test {
   void expect_absent(const std::string& path) { seams_.absent_nodes.insert(path); }
   // The next call of that name on that file fails, once `skipped` such calls went through: open,
   // read, write, fopen, popen (by its command), opendir, mkostemp, rename (by its target), fsync,
-  // fchown, ftruncate. A path that ends in "*" stands for all that begin like it.
+  // fchown, fchmod, ftruncate. A path that ends in "*" stands for all that begin like it.
   void fail_file_call(std::string call, std::string path, int error, int skipped = 0) {
     seams_.fail_file_call(std::move(call), std::move(path), error, skipped);
   }
+  // A file that is opened with fopen() can be read up to a place, and fails there.
+  void break_reading(std::string path, size_t bytes) {
+    seams_.break_reading(std::move(path), bytes);
+  }
+  // In a child process: kills it at that call, from 1 on, of those that change what is on disk.
+  void kill_at_write_call(int count) { seams_.kill_at_write_call(count); }
   termios& terminal(const std::string& path) { return seams_.terminals[path]; }
 
   // --- descriptors ---

@@ -5,6 +5,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <termios.h>
 #include <unistd.h>
@@ -31,6 +32,11 @@ bool spoiled(const char* call, File file) {
   const std::optional<int> error = seams->file_fault(call, file);
   if (error) errno = *error;
   return error.has_value();
+}
+
+// Stands before every call that changes what is on disk.
+void reach_write_call() {
+  if (Seams* seams = Seams::active()) seams->reach_write_call();
 }
 
 bool served(int descriptor) {
@@ -62,6 +68,7 @@ int open(const char* path, int flags, ...) {
   if (Seams* seams = Seams::active()) {
     if (const std::optional<int> descriptor = seams->open(path, flags)) return *descriptor;
   }
+  if ((flags & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0) reach_write_call();
   if (spoiled("open", path)) return -1;
   static const auto real = next<decltype(&::open)>("open");
   return real(path, flags, mode);
@@ -96,6 +103,7 @@ ssize_t write(int descriptor, const void* bytes, size_t size) {
   if (served(descriptor)) {
     return Seams::active()->write(descriptor, {static_cast<const uint8_t*>(bytes), size});
   }
+  reach_write_call();
   if (spoiled("write", descriptor)) return -1;
   static const auto real = next<decltype(&::write)>("write");
   return real(descriptor, bytes, size);
@@ -213,7 +221,9 @@ void perror(const char* text) {
 FILE* fopen(const char* path, const char* mode) {
   if (spoiled("fopen", path)) return nullptr;
   static const auto real = next<decltype(&::fopen)>("fopen");
-  return real(path, mode);
+  FILE* file = real(path, mode);
+  Seams* seams = Seams::active();
+  return seams == nullptr ? file : seams->broken_stream(file, path);
 }
 
 DIR* opendir(const char* path) {
@@ -223,30 +233,42 @@ DIR* opendir(const char* path) {
 }
 
 int mkostemp(char* pattern, int flags) {
+  reach_write_call();
   if (spoiled("mkostemp", pattern)) return -1;
   static const auto real = next<decltype(&::mkostemp)>("mkostemp");
   return real(pattern, flags);
 }
 
 int rename(const char* from, const char* to) noexcept {
+  reach_write_call();
   if (spoiled("rename", to)) return -1;
   static const auto real = next<decltype(&::rename)>("rename");
   return real(from, to);
 }
 
 int fsync(int descriptor) {
+  reach_write_call();
   if (spoiled("fsync", descriptor)) return -1;
   static const auto real = next<decltype(&::fsync)>("fsync");
   return real(descriptor);
 }
 
 int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+  reach_write_call();
   if (spoiled("fchown", descriptor)) return -1;
   static const auto real = next<decltype(&::fchown)>("fchown");
   return real(descriptor, owner, group);
 }
 
+int fchmod(int descriptor, mode_t mode) noexcept {
+  reach_write_call();
+  if (spoiled("fchmod", descriptor)) return -1;
+  static const auto real = next<decltype(&::fchmod)>("fchmod");
+  return real(descriptor, mode);
+}
+
 int ftruncate(int descriptor, off_t size) noexcept {
+  reach_write_call();
   if (spoiled("ftruncate", descriptor)) return -1;
   static const auto real = next<decltype(&::ftruncate)>("ftruncate");
   return real(descriptor, size);

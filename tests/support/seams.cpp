@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
+#include <memory>
 
 namespace zelkora::test {
 namespace {
@@ -44,6 +46,26 @@ Result to_errno(Result result) {
 int stand_in(int flags) {
   static const auto real_open = next<decltype(&::open)>("open");
   return real_open("/dev/null", flags & (O_ACCMODE | O_CLOEXEC | O_NONBLOCK));
+}
+
+// A file that can be read up to a place.
+struct BrokenSource {
+  FILE* file;
+  size_t left;
+};
+
+ssize_t read_broken(void* cookie, char* room, size_t size) {
+  auto* source = static_cast<BrokenSource*>(cookie);
+  const size_t count = std::fread(room, 1, std::min(size, source->left), source->file);
+  source->left -= count;
+  if (count > 0) return static_cast<ssize_t>(count);
+  errno = EIO;
+  return -1;
+}
+
+int close_broken(void* cookie) {
+  const std::unique_ptr<BrokenSource> source(static_cast<BrokenSource*>(cookie));
+  return std::fclose(source->file);
 }
 
 }  // namespace
@@ -136,6 +158,21 @@ std::optional<int> Seams::close_pipe(FILE* pipe) {
 
 void Seams::fail_file_call(std::string call, std::string path, int error, int skipped) {
   file_faults_.push_back({std::move(call), std::move(path), error, skipped});
+}
+
+void Seams::break_reading(std::string path, size_t bytes) {
+  broken_reads_[std::move(path)] = bytes;
+}
+
+FILE* Seams::broken_stream(FILE* file, const std::string& path) {
+  const auto found = broken_reads_.find(path);
+  if (file == nullptr || found == broken_reads_.end()) return file;
+  auto* source = new BrokenSource{file, found->second};
+  return ::fopencookie(source, "rb", {read_broken, nullptr, nullptr, close_broken});
+}
+
+void Seams::reach_write_call() {
+  if (write_calls_left_ > 0 && --write_calls_left_ == 0) ::raise(SIGKILL);
 }
 
 std::optional<int> Seams::file_fault(std::string_view call, std::string_view path) {

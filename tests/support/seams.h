@@ -58,6 +58,11 @@ class Seams {
   // Makes the call (by name, such as "fopen") on a path fail with the error, once `skipped` such
   // calls went through. A path that ends in "*" stands for all that begin like it.
   void fail_file_call(std::string call, std::string path, int error, int skipped = 0);
+  // A stream that fopen() opens on this path gives so many bytes, and then fails with EIO.
+  void break_reading(std::string path, size_t bytes);
+  // The process is killed with SIGKILL at call number `count`, from 1 on, of those that change
+  // what is on disk.
+  void kill_at_write_call(int count) { write_calls_left_ = count; }
 
   bool serves(int descriptor) const { return open_nodes_.contains(descriptor); }
 
@@ -79,6 +84,8 @@ class Seams {
   // The error that was asked for with fail_file_call().
   std::optional<int> file_fault(std::string_view call, std::string_view path);
   std::optional<int> file_fault(std::string_view call, int descriptor);
+  FILE* broken_stream(FILE* file, const std::string& path);
+  void reach_write_call();
 
  private:
   struct OpenNode {
@@ -100,6 +107,8 @@ class Seams {
 
   std::map<int, OpenNode> open_nodes_;
   std::vector<FileFault> file_faults_;
+  std::map<std::string, size_t> broken_reads_;
+  int write_calls_left_ = 0;
   std::map<FILE*, Pipe> pipes_;
   std::string prefix_;
 };
