@@ -35,7 +35,8 @@ bool read_record(FILE* file, ParamStoreRecord& record) {
 }
 
 KeyTexts::KeyTexts(const TouchDeviceEntry& entry) {
-  set_text(phys, field_text(entry.Phys));
+  // As much as a record holds, or the device would not be found in its own.
+  set_text(phys, field_text(entry.Phys, sizeof entry.Phys - 1));
   set_text(serial_number, SerialNumberText(entry.SN).text);
   std::snprintf(usb_id, sizeof usb_id, "%04X_%04X", entry.VID & 0xFFFF, entry.PID & 0xFFFF);
 }

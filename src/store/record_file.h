@@ -51,9 +51,9 @@ class RecordFile {
   // is full.
   bool put(std::optional<int> slot, const ParamStoreRecord& record);
 
-  // Rewrites the file for the function of this name; a new file becomes world-writable. What lies behind the records that were
-  // read is kept, but for a trailing piece of a record. False, and the file as it was: it could
-  // not be read to its end, or not be written.
+  // Rewrites the file for the function of this name; a new file becomes world-writable. What lies
+  // behind the records that were read is kept, but for a trailing piece of a record. False, and the
+  // file as it was: it could not be read to its end, or not be written.
   bool save(const char* function);
 
  private:
