@@ -4,6 +4,7 @@
 // A bench with a panel in the table, and store files put together and taken apart by hand.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <ostream>
@@ -54,10 +55,11 @@ inline std::string bytes_of(const Records& records) {
 inline Records other_panels(size_t count) {
   Records records;
   for (size_t i = 0; i < count; ++i) {
+    const auto number = static_cast<uint16_t>(i);
     char serial_number[17];
     char usb_id[10];
-    std::snprintf(serial_number, sizeof serial_number, "00000000%08zx", i);
-    std::snprintf(usb_id, sizeof usb_id, "0001_%04zX", i & 0xFFFF);
+    std::snprintf(serial_number, sizeof serial_number, "%016x", number);
+    std::snprintf(usb_id, sizeof usb_id, "0001_%04X", number);
     records.push_back(
         {"other-" + std::to_string(i) + "/", serial_number, usb_id, static_cast<unsigned char>(i)});
   }
