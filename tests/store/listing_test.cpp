@@ -216,16 +216,15 @@ TEST_F(ListingTest, EnumeratingTellsThePanelAndItsParameters) {
   unsigned sum = 0;
   write_file(saved, stored_bytes(panel(), plain_block(), &sum));
   EXPECT_EQ(PCTEnumAllBin(), 0U);
-  EXPECT_EQ(
-      messages(),
-      (Lines{"zelkora DD:" + decoded(sum)[0] + "\n",
-             "zelkora DD:PARAMES 0x03 0x02 0x04 0xd2 0x19 0x09\n",
-             "zelkora DD:PosConfig 0x00 0x0e 0xa5\n",
-             "zelkora DD:Digitizer:0x00 DisableReport:0x01\n",
-             "zelkora DD:phys:usb-0000:00:14.0-1/input0\n", "zelkora DD:SN:a1b2c3d4e5f60708\n",
-             "zelkora DD:ID:2575_87AB\n", "zelkora DD:***SN:0f20314253647586\n***",
-             "zelkora DD:***beep:3 Play:2 freq:1234 dura:25 scrno:9 click:2 right:1 time:5 "
-             "range:10 up:1 DisableReport:1 HideCursor:1\n***"}));
+  EXPECT_EQ(messages(), (Lines{"zelkora DD:" + decoded(sum)[0] + "\n",
+                               "zelkora DD:PARAMES 0x03 0x02 0x04 0xd2 0x19 0x09\n",
+                               "zelkora DD:PosConfig 0x00 0x0e 0xa5\n",
+                               "zelkora DD:Digitizer:0x00 DisableReport:0x01\n",
+                               "zelkora DD:phys:usb-0000:00:14.0-1/input0\n",
+                               "zelkora DD:SN:a1b2c3d4e5f60708\n", "zelkora DD:ID:2575_87AB\n",
+                               "zelkora DD:***SN:0f20314253647586\n***",
+                               "zelkora DD:***beep:3 Play:2 freq:1234 dura:25 scrno:9 click:2"
+                               " right:1 time:5 range:10 up:1 DisableReport:1 HideCursor:1\n***"}));
 }
 
 TEST_F(ListingTest, EnumeratingARecordThatDoesNotDecodeTellsRepairedBytesOf0xFF) {
@@ -235,8 +234,8 @@ TEST_F(ListingTest, EnumeratingARecordThatDoesNotDecodeTellsRepairedBytesOf0xFF)
   ASSERT_GE(lines.size(), 2U);
   EXPECT_EQ(lines[lines.size() - 2], "zelkora DD:***SN:ffffffffffffffff\n***");
   EXPECT_EQ(lines.back(),
-            "zelkora DD:***beep:0 Play:1 freq:1000 dura:0 scrno:0 click:3 right:0 time:15 "
-            "range:15 up:1 DisableReport:255 HideCursor:0\n***");
+            "zelkora DD:***beep:0 Play:1 freq:1000 dura:0 scrno:0 click:3"
+            " right:0 time:15 range:15 up:1 DisableReport:255 HideCursor:0\n***");
 }
 
 TEST_F(ListingTest, ListingsEndAtRecord256AndEnumeratingDoesNot) {

@@ -5,7 +5,6 @@
 // file holds the old records or the new ones.
 #include <sys/resource.h>
 
-#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <functional>

@@ -16,15 +16,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using zelkora::test::bytes_of;
 using zelkora::test::joined;
 using zelkora::test::kRecordSize;
 using zelkora::test::Lines;
 using zelkora::test::other_panels;
-using zelkora::test::read_file;
 using zelkora::test::Records;
 using zelkora::test::status_in_child;
-using zelkora::test::Stored;
 using zelkora::test::without_capabilities;
 using zelkora::test::write_file;
 
@@ -130,6 +127,7 @@ TEST_F(RecordFileFailureTest, AFullDiskLeavesTheOldRecords) {
   const Records full = joined(other_panels(30), {panel(2)});
   write_records(path_, full);
   EXPECT_EQ(store(path_, 2), 0U);
+  EXPECT_EQ(told().back(), "*** Write_Binary_File MemCnt:31 ***");
   expect_records(path_, full);
   expect_alone(path_);
   EXPECT_EQ(fetch(path_, 2), (Fetched{3, 2}));

@@ -273,6 +273,26 @@ TEST_F(RecordFileTest, TextBehindATerminatorIsNoKey) {
   EXPECT_EQ(fetch(path, 1), (Fetched{0, kUntouched}));
 }
 
+TEST_F(RecordFileTest, AFileWithoutAnyNulIsReadWithinItsRecords) {
+  const auto phys = [](char byte) { return "]:" + std::string(256, byte) + " , SN["; };
+  for (const char byte : {'x', '\xFF', '%'}) {
+    SCOPED_TRACE(byte);
+    const std::string hostile(256 * kRecordSize, byte);
+    write_file(path, hostile);
+    clear_trace();
+    for (const int mode : {1, 2, 3}) EXPECT_EQ(fetch(path, mode), (Fetched{0, kUntouched}));
+    EXPECT_EQ(told()[5 + 255],
+              "Read_Binary_File phys[255" + phys(byte) + "255]:" + std::string(17, byte));
+    for (const int mode : {1, 2, 3}) EXPECT_EQ(store(path, mode), 0U);
+    EXPECT_TRUE(read_file(path) == hostile);
+
+    // Room for one more.
+    write_file(path, hostile.substr(1));
+    EXPECT_EQ(store(path, 3), 1U);
+    EXPECT_TRUE(read_file(path) == hostile.substr(kRecordSize) + panel().bytes());
+  }
+}
+
 TEST_F(RecordFileTest, FormatCharactersAreText) {
   allow_chmod(path);
   const std::string phys = "usb-%n%s%d/input0";

@@ -4,6 +4,7 @@
 // Which record a device's parameters are read from, what is told on the way, and which panel gets a
 // record of its own by being read.
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 
 #include "store_bench.h"
@@ -18,7 +19,6 @@ using zelkora::test::Lines;
 using zelkora::test::other_panels;
 using zelkora::test::payload_dump;
 using zelkora::test::Records;
-using zelkora::test::Stored;
 
 constexpr int kNone = -1;
 

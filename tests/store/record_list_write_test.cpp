@@ -11,12 +11,10 @@ namespace {
 
 using zelkora::test::captured_stdout;
 using zelkora::test::data_file;
-using zelkora::test::joined;
 using zelkora::test::joined_lines;
 using zelkora::test::Lines;
 using zelkora::test::payload_dump;
 using zelkora::test::Records;
-using zelkora::test::Stored;
 
 constexpr int kAtTheEnd = -1;
 

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 //
 // The list of known serial numbers: its records have no parameters, and its rules are its own.
+#include <cerrno>
 #include <filesystem>
+#include <utility>
 
 #include "store_bench.h"
 
@@ -10,7 +12,6 @@ namespace {
 
 using zelkora::test::captured_stdout;
 using zelkora::test::data_file;
-using zelkora::test::joined;
 using zelkora::test::joined_lines;
 using zelkora::test::Lines;
 using zelkora::test::other_panels;
@@ -136,13 +137,18 @@ TEST_F(UniqueListTest, AFullListTakesNoOtherPanel) {
                                    "write to end line MemCnt:256"}}));
 }
 
-TEST_F(UniqueListTest, AListBeyondTheLimitKeepsWhatLiesBehindIt) {
+TEST_F(UniqueListTest, WhatLiesBehindRecord256IsKeptAndNotLookedAt) {
   Records records = other_panels(300);
   records[255] = panel(9);
   write_records(path, records);
   EXPECT_EQ(Write_UniqList_Binary_File(0), 1U);
   records[255] = panel(0);
   expect_records(path, records);
+  EXPECT_EQ(Read_UniqList_Binary_File(0), 1U);
+
+  std::swap(records[255], records[256]);
+  write_records(path, records);
+  EXPECT_EQ(Read_UniqList_Binary_File(0), 0U);
 }
 
 TEST_F(UniqueListTest, AListThatCannotBeReadOrWrittenStaysAsItIs) {
