@@ -12,9 +12,7 @@ using zelkora::test::joined;
 using zelkora::test::kWays;
 using zelkora::test::Lines;
 using zelkora::test::repeated;
-using zelkora::test::Way;
 using zelkora::test::way_name;
-using zelkora::test::WrittenId;
 
 using ModesTest = zelkora::test::ModesBench;
 INSTANTIATE_TEST_SUITE_P(Pct, ModesTest, testing::ValuesIn(kWays), way_name);

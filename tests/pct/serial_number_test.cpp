@@ -9,11 +9,8 @@
 namespace {
 
 using zelkora::test::Bytes;
-using zelkora::test::debug_messages;
-using zelkora::test::encoded_block;
 using zelkora::test::head;
 using zelkora::test::joined;
-using zelkora::test::joined_bytes;
 using zelkora::test::kBlock;
 using zelkora::test::kPanel;
 using zelkora::test::kWays;
