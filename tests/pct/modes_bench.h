@@ -4,7 +4,7 @@
 // A bench whose controller has a POS mode, a device mode and a USB id to write.
 #pragma once
 
-#include "pos_reply.h"
+#include "data_reply.h"
 
 namespace zelkora::test {
 
@@ -45,7 +45,7 @@ class ModesBench : public PctWays {
   static Bytes config(int mode) {
     return padded({0x21, static_cast<uint8_t>(mode - 1), 0x18, 0xA4}, 16);
   }
-  Bytes reply(int mode) const { return pos_reply(GetParam(), config(mode)); }
+  Bytes reply(int mode) const { return data_reply(GetParam(), config(mode)); }
 
   // --- the trace ---
   Lines reading(int mode) const {

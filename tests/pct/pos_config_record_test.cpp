@@ -4,18 +4,18 @@
 // The POS configuration against a parameter record.
 #include <cstring>
 
-#include "pos_reply.h"
+#include "data_reply.h"
 
 namespace {
 
 using zelkora::test::Bytes;
+using zelkora::test::data_reply;
 using zelkora::test::debug_messages;
 using zelkora::test::joined;
 using zelkora::test::joined_bytes;
 using zelkora::test::kWays;
 using zelkora::test::Lines;
 using zelkora::test::padded;
-using zelkora::test::pos_reply;
 using zelkora::test::way_name;
 
 struct Change {
@@ -135,7 +135,7 @@ TEST_P(PosConfigRecordTest, CheckingReadsOnceAndTakesTheConfigurationApart) {
   PCTDevInfo rec = agreeing_record();
   Bytes out(9, 0xEE);
   open_way();
-  device.answers[7] = pos_reply(GetParam(), kConfig);
+  device.answers[7] = data_reply(GetParam(), kConfig);
   EXPECT_EQ(ChkPOSConfig(&rec, out.data()), 1);
   EXPECT_EQ(out, (Bytes{1, 1, 1, 2, 4, 10, 1, 3, 0xEE}));
   EXPECT_EQ(rec.POSMode, 3);
@@ -150,13 +150,13 @@ TEST_P(PosConfigRecordTest, CheckingTellsWhatItFound) {
   rec.RightUp = 7;
   Bytes out(8);
   open_way();
-  device.answers[7] = pos_reply(GetParam(), kConfig);
+  device.answers[7] = data_reply(GetParam(), kConfig);
   EXPECT_EQ(ChkPOSConfig(&rec, out.data()), 0);
   EXPECT_EQ(messages(),
             debug_messages({"***ReadPOSConfig***\n", "ChkPOSConfig FlashData 0x21 0x02 0x0e\n",
                             "disable right:0->1\n", "click mode:3->2\n", "right up:7->1\n",
-                            "ChkPOSConfig CurrConfig hid:0x01 enable:0x01 right:0x01 click:0x02 "
-                            "time:0x04 range:0x0a up:0x01 POSMode:0x03\n"}));
+                            "ChkPOSConfig CurrConfig hid:0x01 enable:0x01 right:0x01"
+                            " click:0x02 time:0x04 range:0x0a up:0x01 POSMode:0x03\n"}));
 }
 
 TEST_P(PosConfigRecordTest, EachBitOfTheConfigurationHasItsByteOfTheAnswer) {
@@ -181,7 +181,7 @@ TEST_P(PosConfigRecordTest, EachBitOfTheConfigurationHasItsByteOfTheAnswer) {
   open_way();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
-    device.answers[7] = pos_reply(GetParam(), padded(row.config, 16));
+    device.answers[7] = data_reply(GetParam(), padded(row.config, 16));
     PCTDevInfo rec{};
     rec.POSMode = 0xEE;
     Bytes out(9, 0xEE);
@@ -209,7 +209,7 @@ TEST_P(PosConfigRecordTest, AnyDifferenceInSevenFieldsCounts) {
       {{"Digitizer", &PCTDevInfo::Digitizer, 1}, 1},
   };
   open_way();
-  device.answers[7] = pos_reply(GetParam(), kConfig);
+  device.answers[7] = data_reply(GetParam(), kConfig);
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.change.name);
     PCTDevInfo rec = agreeing_record();

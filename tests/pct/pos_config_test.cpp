@@ -4,12 +4,13 @@
 // Reading the POS configuration, and reading and writing the POS mode.
 #include <climits>
 
-#include "pos_reply.h"
+#include "data_reply.h"
 
 namespace {
 
 using zelkora::test::Bytes;
 using zelkora::test::captured_stdout;
+using zelkora::test::data_reply;
 using zelkora::test::debug_messages;
 using zelkora::test::dump;
 using zelkora::test::head;
@@ -18,14 +19,13 @@ using zelkora::test::joined_bytes;
 using zelkora::test::kWays;
 using zelkora::test::Lines;
 using zelkora::test::padded;
-using zelkora::test::pos_reply;
 using zelkora::test::repeated;
 using zelkora::test::rising;
 using zelkora::test::way_name;
 
 class PosConfigTest : public zelkora::test::PctWays {
  protected:
-  Bytes reply_of(const Bytes& data) const { return pos_reply(GetParam(), data); }
+  Bytes reply_of(const Bytes& data) const { return data_reply(GetParam(), data); }
 
   // One attempt at 16 bytes.
   static Lines attempt(const Bytes& reply) {
@@ -70,6 +70,18 @@ TEST_P(PosConfigTest, TheFirstReplyWithAnotherByteThanZeroCounts) {
     EXPECT_EQ(count_of("usleep 50000"), (zeros + 1) * (1 + settled().size()));
     EXPECT_EQ(messages().size(), 1 + zeros);
   }
+}
+
+TEST_P(PosConfigTest, AShortReplyHasZerosBehindIt) {
+  open_way();
+  device.answers[7] = joined_bytes(Bytes(is_8752() ? 3 : 7, 0xEE), {0x21, 0x01});
+  Bytes out(17, 0xEE);
+  EXPECT_EQ(ReadPOSConfig(out.data(), 16), 1);
+  EXPECT_EQ(out, joined_bytes(padded({0x21, 0x01}, 16), {0xEE}));
+
+  device.answers[7] = {0xEE, 0xEE};
+  EXPECT_EQ(ReadPOSConfig(out.data(), 16), 0);
+  EXPECT_EQ(out, joined_bytes(Bytes(16), {0xEE}));
 }
 
 TEST_P(PosConfigTest, AQueryThatCannotBeSentEndsTheReading) {

@@ -4,7 +4,7 @@
 // A bench whose controller keeps the identity block that is written to it.
 #pragma once
 
-#include "pct_bench.h"
+#include "data_reply.h"
 
 namespace zelkora::test {
 
@@ -30,11 +30,7 @@ class SerialNumberBench : public PctWays {
   }
 
   // What the controller answers when it keeps this plain block.
-  Bytes reply_of(const Bytes& plain) const {
-    Bytes reply = joined_bytes(Bytes(is_8752() ? 3 : 7, 0xEE), encoded_block(plain));
-    reply.resize(63, 0xDD);
-    return reply;
-  }
+  Bytes reply_of(const Bytes& plain) const { return data_reply(GetParam(), encoded_block(plain)); }
 
   Bytes serial_number() const { return {entry.SN, entry.SN + sizeof entry.SN}; }
 

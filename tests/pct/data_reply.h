@@ -6,8 +6,9 @@
 
 namespace zelkora::test {
 
-// A reply with the POS configuration where the family has it, and other bytes around it.
-inline Bytes pos_reply(const Way& way, const Bytes& data) {
+// A reply with the data, which are flash or the POS configuration, where the family has them, and
+// other bytes around.
+inline Bytes data_reply(const Way& way, const Bytes& data) {
   Bytes reply = joined_bytes(Bytes(way.is_8752() ? 3 : 7, 0xEE), data);
   reply.resize(63, 0xDD);
   return reply;
