@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// A bench for the walks over /dev: interfaces that can be asked who they are, and nodes whose place
-// in the order of their directory is known.
+// A bench for the walks over /dev: PCT panels of any identity, and nodes whose place in the order of
+// their directory is known.
 #pragma once
 
 #include <dirent.h>
@@ -10,28 +10,52 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <iterator>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "pct_controller.h"
 #include "support/bench.h"
 
 namespace zelkora::test {
 
-// A HID interface that says who it is and has no reports.
-class NamedInterface final : public sim::HidDevice {
+// A HID interface with a PCT controller behind it. Whether a node is taken for a PCT panel is up to
+// its identity; as anything else it is a stranger that answers nothing.
+class PctInterface final : public sim::HidDevice {
  public:
-  explicit NamedInterface(sim::UsbIdentity identity) : identity_(std::move(identity)) {}
+  PctInterface(uint32_t firmware, sim::UsbIdentity identity)
+      : controller(firmware, std::move(identity)) {}
 
-  const sim::UsbIdentity& identity() const override { return identity_; }
-  std::span<const sim::FeatureReport> feature_reports() const override { return {}; }
-  bool set_feature(uint8_t, std::span<const uint8_t>) override { return false; }
-  std::optional<std::vector<uint8_t>> get_feature(uint8_t) override { return std::nullopt; }
+  const sim::UsbIdentity& identity() const override { return controller.identity(); }
+  std::span<const sim::FeatureReport> feature_reports() const override {
+    return controller.feature_reports();
+  }
+  bool set_feature(uint8_t id, std::span<const uint8_t> payload) override {
+    return !(stalls && stalls(id)) && controller.set_feature(id, payload);
+  }
+  std::optional<std::vector<uint8_t>> get_feature(uint8_t id) override {
+    if (stalls && stalls(id)) return std::nullopt;
+    return controller.get_feature(id);
+  }
 
- private:
-  sim::UsbIdentity identity_;
+  sim::PctController controller;
+  // Asked at every request: whether this one stalls before it comes to the controller.
+  std::function<bool(uint8_t id)> stalls;
+};
+
+struct PctPanel {
+  PctPanel(uint32_t firmware, sim::UsbIdentity identity)
+      : usb(firmware, std::move(identity)), controller(usb.controller) {}
+
+  PctInterface usb;
+  sim::PctController& controller;
+  sim::HidNodes nodes;
+  int attachment = 0;
 };
 
 // An identity whose kernel name is exactly this text.
@@ -93,17 +117,19 @@ class DiscoveryBench : public Bench {
     Bench::SetUp();
     host.debug = 1;
     DbgFlag = 1;
+    for (const char* name : {".pctuniq", ".pctpbin"}) {
+      answer_command({.command = "chmod 777 \"" + data_file(name) + "\""});
+    }
   }
 
   // Makes count nodes, stem0, stem1 and so on, and returns their paths in the order in which a
   // walk over their directory meets them. Each must be given an interface with plug().
   Lines slots(const std::string& stem, size_t count) {
-    std::vector<int> attachments;
+    std::vector<PctPanel*> strangers;
     for (size_t i = 0; i < count; ++i) {
-      attachments.push_back(
-          attach(interface(kStrangeIdentity), nodes_of("", stem + std::to_string(i))));
+      strangers.push_back(&add(stem + std::to_string(i), kStrangeIdentity, ""));
     }
-    for (const int attachment : attachments) kernel.unplug(attachment);
+    for (const PctPanel* stranger : strangers) kernel.unplug(stranger->attachment);
     const size_t slash = stem.rfind('/');
     Lines paths = listed(stem.substr(0, slash), stem.substr(slash + 1));
     for (std::string& path : paths) path.insert(0, stem, 0, slash + 1);
@@ -112,8 +138,11 @@ class DiscoveryBench : public Bench {
   }
 
   // Puts an interface behind a node that slots() made.
-  int plug(const std::string& path, const sim::UsbIdentity& identity, const std::string& phys) {
-    return kernel.attach(interface(identity), nodes_of(phys, path));
+  PctPanel& plug(const std::string& path, const sim::UsbIdentity& identity, const std::string& phys,
+                 uint32_t firmware = sim::PctController::kFirmware8753) {
+    PctPanel& panel = make_pct(firmware, identity, nodes_of(phys, path));
+    panel.attachment = kernel.attach(panel.usb, panel.nodes);
+    return panel;
   }
   Panel& plug_resistive(const std::string& path, const std::string& phys) {
     Panel& panel = panels_.emplace_back(kResistiveIdentity);
@@ -122,22 +151,31 @@ class DiscoveryBench : public Bench {
     return panel;
   }
 
-  // Makes one node with an interface behind it; what it is, its path says.
-  int add(const std::string& path, const sim::UsbIdentity& identity,
-          const std::string& phys = "usb-0000:00:14.0-1/input0") {
-    return attach(interface(identity), nodes_of(phys, path));
+  // Makes one node with an interface behind it; what kind of node, its path says.
+  PctPanel& add(const std::string& path, const sim::UsbIdentity& identity,
+                const std::string& phys = "usb-0000:00:14.0-1/input0",
+                uint32_t firmware = sim::PctController::kFirmware8753) {
+    PctPanel& panel = make_pct(firmware, identity, nodes_of(phys, path));
+    panel.attachment = attach(panel.usb, panel.nodes);
+    return panel;
   }
-  void remove(const std::string& path, int attachment) {
-    kernel.unplug(attachment);
-    EXPECT_EQ(sim::remove_node_placeholder(path), "");
+  void remove(const PctPanel& panel) {
+    kernel.unplug(panel.attachment);
+    for (const std::string& path : {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event}) {
+      if (path.empty()) continue;
+      EXPECT_EQ(sim::remove_node_placeholder(path), "");
+    }
   }
   // The hiddev and the hidraw node of one PCT controller.
-  void add_pct(const std::string& number = "0",
-               const std::string& phys = "usb-0000:00:14.0-1/input0") {
-    attach(interface(kPctIdentity), {.phys = phys,
-                                     .hiddev = "/dev/usb/hiddev" + number,
-                                     .hidraw = "/dev/hidraw" + number,
-                                     .event = ""});
+  PctPanel& add_pct(const std::string& number = "0",
+                    const std::string& phys = "usb-0000:00:14.0-1/input0") {
+    PctPanel& panel = make_pct(sim::PctController::kFirmware8753, kPctIdentity,
+                               {.phys = phys,
+                                .hiddev = "/dev/usb/hiddev" + number,
+                                .hidraw = "/dev/hidraw" + number,
+                                .event = ""});
+    panel.attachment = attach(panel.usb, panel.nodes);
+    return panel;
   }
   Panel& add_resistive(const PanelOptions& options = {}) {
     write_resistive_list();
@@ -171,11 +209,14 @@ class DiscoveryBench : public Bench {
     }
     return nodes;
   }
-  NamedInterface& interface(const sim::UsbIdentity& identity) {
-    return interfaces_.emplace_back(identity);
+
+  PctPanel& make_pct(uint32_t firmware, const sim::UsbIdentity& identity, sim::HidNodes nodes) {
+    PctPanel& panel = pct_panels_.emplace_back(firmware, identity);
+    panel.nodes = std::move(nodes);
+    return panel;
   }
 
-  std::deque<NamedInterface> interfaces_;
+  std::deque<PctPanel> pct_panels_;
   std::deque<Panel> panels_;
 };
 

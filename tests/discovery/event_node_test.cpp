@@ -114,12 +114,12 @@ TEST_F(EventNodeTest, TheNodesPhysMustContainTheEntrys) {
   for (const PhysCase& row : cases) {
     SCOPED_TRACE(row.name);
     const std::string path = "/dev/input/event" + std::to_string(number++);
-    const int attachment = add(path, kPctIdentity, row.node);
+    const auto& panel = add(path, kPctIdentity, row.node);
     TouchDevice[0] = {};
     row.entry.copy(TouchDevice[0].Phys, row.entry.size());
     FindMyEVDevice(0);
     EXPECT_EQ(TouchDevice[0].EventName, row.fits ? path : "");
-    remove(path, attachment);
+    remove(panel);
   }
 }
 
@@ -238,12 +238,12 @@ TEST_F(EventNodeTest, LongTextsOfTheKernelAreCutAt256Bytes) {
     const std::string path = "/dev/input/event" + std::to_string(length);
     const std::string phys = kPhys + std::string(length - std::strlen(kPhys), 'p');
     const std::string name = "A " + std::string(length - 2, 'n');
-    const int attachment = add(path, named(0x2575, 0x8753, name), phys);
+    const auto& panel = add(path, named(0x2575, 0x8753, name), phys);
     clear_trace();
     FindMyEVDevice(0);
     EXPECT_EQ(messages_of({path}), trace_messages({path + " phys:" + phys.substr(0, 256) +
                                                    " name:" + name.substr(0, 256) + "\n"}));
-    remove(path, attachment);
+    remove(panel);
   }
 }
 

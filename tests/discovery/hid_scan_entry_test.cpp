@@ -86,7 +86,7 @@ TEST_F(HidScanEntryTest, APctPanelFillsItsEntry) {
   EXPECT_EQ(
       messages_of({"Device", "+++check"}),
       trace_messages({"Device1 : /dev/hidraw4 phys:usb-4/input0 MatchFlag:3\n", "+++check PCT+++\n",
-                      "Device1 : /dev/hidraw4 phys:usb-4/input0 fw: POSMode:0 "
+                      "Device1 : /dev/hidraw4 phys:usb-4/input0 fw:S8.7.53(r400) POSMode:1 "
                       "PCTDeviceNumber:1\n"}));
 }
 
@@ -123,12 +123,13 @@ TEST_F(HidScanEntryTest, PanelsAreNumberedInTheOrderOfTheirAcceptance) {
   EXPECT_EQ(PCTDeviceNumber, 2);
   EXPECT_EQ(
       messages_of({"Device"}),
-      trace_messages(
-          {"Device1 : " + nodes[0] + " phys:usb-1/input0 MatchFlag:3\n",
-           "Device1 : " + nodes[0] + " phys:usb-1/input0 fw: POSMode:0 PCTDeviceNumber:1\n",
-           "Device2 : " + nodes[1] + " phys:usb-2/input0 MatchFlag:1\n",
-           "Device3 : " + nodes[2] + " phys:usb-3/input0 MatchFlag:3\n",
-           "Device3 : " + nodes[2] + " phys:usb-3/input0 fw: POSMode:0 PCTDeviceNumber:2\n"}));
+      trace_messages({"Device1 : " + nodes[0] + " phys:usb-1/input0 MatchFlag:3\n",
+                      "Device1 : " + nodes[0] +
+                          " phys:usb-1/input0 fw:S8.7.53(r400) POSMode:1 PCTDeviceNumber:1\n",
+                      "Device2 : " + nodes[1] + " phys:usb-2/input0 MatchFlag:1\n",
+                      "Device3 : " + nodes[2] + " phys:usb-3/input0 MatchFlag:3\n",
+                      "Device3 : " + nodes[2] +
+                          " phys:usb-3/input0 fw:S8.7.53(r400) POSMode:1 PCTDeviceNumber:2\n"}));
   EXPECT_EQ(TouchDevice[1].Type, ZELKORA_TYPE_RESISTIVE_USB);
 }
 
@@ -152,17 +153,18 @@ TEST_F(HidScanEntryTest, ANodeWhosePhysAnEntryContainsIsTheSamePanel) {
   };
   for (const PhysCase& row : cases) {
     SCOPED_TRACE(row.name);
-    const int first = add("/dev/hiddev0", kPctIdentity, row.first);
-    const int second = add("/dev/usb/hiddev1", kPctIdentity, row.second);
+    // Resistive panels, which are entered without a phys too.
+    const auto& first = add("/dev/hiddev0", kResistiveIdentity, row.first);
+    const auto& second = add("/dev/usb/hiddev1", kResistiveIdentity, row.second);
     clear_trace();
     EXPECT_EQ(GetTouchPanels(0), row.panels);
     EXPECT_STREQ(TouchDevice[0].Name, "/dev/hiddev0");
-    EXPECT_EQ(TouchDevice[1].Type, row.panels == 2 ? 3 : 0);
+    EXPECT_EQ(TouchDevice[1].Type, row.panels == 2 ? 1 : 0);
     const Lines said = row.panels == 2 ? Lines{} : Lines{"###exist phys:" + row.second + "###\n"};
-    EXPECT_EQ(messages_of({"###"}), trace_messages(said));
+    EXPECT_EQ(messages_of({"###exist"}), trace_messages(said));
     EXPECT_EQ(node_calls().back(), "close /dev/usb/hiddev1");
-    remove("/dev/hiddev0", first);
-    remove("/dev/usb/hiddev1", second);
+    remove(first);
+    remove(second);
   }
 }
 
@@ -180,7 +182,7 @@ TEST_F(HidScanEntryTest, ADuplicateIsNotedOnce) {
   plug(nodes[1], kPctIdentity, "usb-1/input0-more");
   plug(nodes[2], kPctIdentity, "usb-1/input0");
   EXPECT_EQ(GetTouchPanels(0), 2);
-  EXPECT_EQ(messages_of({"###"}).size(), 1U);
+  EXPECT_EQ(messages_of({"###exist"}).size(), 1U);
 }
 
 TEST_F(HidScanEntryTest, ADuplicateChangesNoEntry) {
@@ -191,14 +193,24 @@ TEST_F(HidScanEntryTest, ADuplicateChangesNoEntry) {
 }
 
 TEST_F(HidScanEntryTest, AFailingPhysRequestIsNotChecked) {
-  add("/dev/hiddev0", kPctIdentity, "usb-1/input0");
-  add("/dev/hidraw0", kPctIdentity, "usb-1/input0");
-  kernel.fail_ioctl("/dev/hiddev0", HIDIOCGPHYS(0), EIO);
-  kernel.fail_ioctl("/dev/hidraw0", HIDIOCGRAWPHYS(0), EIO);
+  add("/dev/hiddev0", kResistiveIdentity, "usb-1/input0");
+  add("/dev/usb/hiddev1", kResistiveIdentity, "usb-1/input0");
+  for (const char* node : {"/dev/hiddev0", "/dev/usb/hiddev1"}) {
+    kernel.fail_ioctl(node, HIDIOCGPHYS(0), EIO);
+  }
   EXPECT_EQ(GetTouchPanels(0), 2);
   EXPECT_STREQ(TouchDevice[0].Phys, "");
   EXPECT_STREQ(TouchDevice[1].Phys, "");
   EXPECT_EQ(count_of("perror"), 0U);
+}
+
+TEST_F(HidScanEntryTest, APctPanelWithoutPhysIsRefusedForWantOfARecord) {
+  add("/dev/hidraw0", kPctIdentity, "usb-1/input0");
+  kernel.fail_ioctl("/dev/hidraw0", HIDIOCGRAWPHYS(0), EIO);
+  EXPECT_EQ(GetTouchPanels(0), 0);
+  EXPECT_EQ(messages_of({"+++check PCT+++"}).size(), 1U);
+  EXPECT_EQ(count_of("system"), 0U) << "no file is made";
+  EXPECT_EQ(node_calls().back(), "close /dev/hidraw0");
 }
 
 TEST_F(HidScanEntryTest, ARefusedPanelIsNotCountedAndLeavesItsFields) {
@@ -232,7 +244,7 @@ TEST_F(HidScanEntryTest, ARefusedPanelIsNoDuplicateOfTheNext) {
   plug_resistive(nodes[0], "usb-1/input0").controller.set_firmware("V3.0");
   plug(nodes[1], kPctIdentity, "usb-1/input0");
   EXPECT_EQ(GetTouchPanels(0), 1);
-  EXPECT_EQ(messages_of({"###"}), Lines{});
+  EXPECT_EQ(messages_of({"###exist"}), Lines{});
 }
 
 TEST_F(HidScanEntryTest, APanelWithoutAnswerIsTakenWithoutFirmwareText) {
@@ -270,13 +282,13 @@ TEST_F(HidScanEntryTest, NamesThatDoNotFitAreCut) {
   const std::string too_long = "/dev/hiddev" + std::string(25, '2');
   for (const std::string& path : {fits, too_long}) {
     SCOPED_TRACE(path.size());
-    const int attachment = add(path, kPctIdentity);
+    const auto& panel = add(path, kPctIdentity);
     clear_trace();
     EXPECT_EQ(GetTouchPanels(0), 1);
     EXPECT_EQ(TouchDevice[0].Name, path.substr(0, 35));
     EXPECT_EQ(messages_of({"Device1 : "})[0], "zelkora DD:Device1 : " + path.substr(0, 35) +
                                                   " phys:usb-0000:00:14.0-1/input0 MatchFlag:3\n");
-    remove(path, attachment);
+    remove(panel);
   }
 }
 
@@ -285,11 +297,11 @@ TEST_F(HidScanEntryTest, PhysOf255BytesFitsAndLongerOnesAreCut) {
     for (const size_t length : {254U, 255U, 256U, 257U, 1000U}) {
       SCOPED_TRACE(length);
       const std::string phys(length, 'p');
-      const int attachment = add(node, kPctIdentity, phys);
+      const auto& panel = add(node, kPctIdentity, phys);
       EXPECT_EQ(GetTouchPanels(0), 1);
       EXPECT_EQ(TouchDevice[0].Phys, phys.substr(0, 255));
       EXPECT_STREQ(TouchDevice[0].EventName, "");
-      remove(node, attachment);
+      remove(panel);
     }
   }
 }

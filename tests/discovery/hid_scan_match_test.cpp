@@ -319,12 +319,12 @@ TEST_F(HidScanMatchTest, APctNameHoldsAListedNameAndNoPen) {
     SCOPED_TRACE(row.name);
     DeviceNumber = 0;
     set_names(MatchProduct, ManufCnt, row.list);
-    const int attachment = add(kNode, named(0x2575, 0x8753, row.device));
+    const auto& panel = add(kNode, named(0x2575, 0x8753, row.device));
     match(kNode);
     EXPECT_EQ(DeviceNumber, row.taken ? 1 : 0);
     EXPECT_EQ(messages_of({"PCT device name not match\n"}).size(), row.taken ? 0U : 1U);
     EXPECT_EQ(node_calls().back(), "close /dev/usb/hiddev0");
-    remove(kNode, attachment);
+    remove(panel);
   }
 }
 
@@ -340,11 +340,11 @@ TEST_F(HidScanMatchTest, AResistiveNameHoldsAListedName) {
     SCOPED_TRACE(row.name);
     DeviceNumber = 0;
     set_names(rMatchProduct, rManufCnt, row.list);
-    const int attachment = add(kNode, named(0x3A4C, 0x1688, row.device));
+    const auto& panel = add(kNode, named(0x3A4C, 0x1688, row.device));
     match(kNode);
     EXPECT_EQ(messages_of({"Res touch device name match\n"}).size(), row.taken ? 1U : 0U);
     EXPECT_EQ(DeviceNumber, row.taken ? 1 : 0);
-    remove(kNode, attachment);
+    remove(panel);
   }
 }
 
@@ -371,11 +371,11 @@ TEST_F(HidScanMatchTest, NamesAreCutAt256Bytes) {
     // The listed name is the end of the device's.
     const std::string name = "A " + std::string(length - 2 - listed_name.size(), 'n') + listed_name;
     for (const char* node : {kNode, kRawNode}) {
-      const int attachment = add(node, named(0x2575, 0x8753, name));
+      const auto& panel = add(node, named(0x2575, 0x8753, name));
       match(node);
       EXPECT_EQ(messages()[1],
                 "zelkora DD:MatchMyHidDevice device name:" + name.substr(0, 256) + "\n");
-      remove(node, attachment);
+      remove(panel);
     }
     EXPECT_EQ(DeviceNumber, length <= 256 ? 1 : 0);
   }
