@@ -96,6 +96,24 @@ TEST_F(DeviceLookupTest, AnEntryBehindTheLastPanelHasNoNode) {
   EXPECT_STREQ(out_, "");
 }
 
+TEST_F(DeviceLookupTest, ADroppedPanelHasNoNode) {
+  write_pct_list();
+  add("/dev/usb/hiddev0", kPctIdentity).controller.faults.silent = true;
+  EXPECT_EQ(GetDeviceNode(1, out_), 0);
+  EXPECT_EQ(out_[0], '#') << "though its name is still in the table";
+  EXPECT_STREQ(TouchDevice[0].Name, "/dev/usb/hiddev0");
+}
+
+TEST_F(DeviceLookupTest, ADroppedPanelBehindTheLastStillHasItsNode) {
+  write_pct_list();
+  const Lines nodes = slots("/dev/usb/hiddev", 2);
+  plug(nodes[0], kPctIdentity, "usb-1/input0");
+  plug(nodes[1], kPctIdentity, "usb-2/input0").controller.faults.silent = true;
+  EXPECT_EQ(GetDeviceNode(2, out_), 1);
+  EXPECT_EQ(out_, nodes[1]);
+  EXPECT_EQ(DeviceNumber, 1);
+}
+
 // The name in the table is what counts, and it may be cut.
 TEST_F(DeviceLookupTest, ANameThatHoldsTtyIsATty) {
   write_pct_list();
