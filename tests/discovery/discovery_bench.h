@@ -81,6 +81,10 @@ inline Lines trace_messages(const Lines& texts) {
   return lines;
 }
 
+inline std::string bytes_of(const TouchDeviceEntry& entry) {
+  return {reinterpret_cast<const char*>(&entry), sizeof entry};
+}
+
 // The names in a directory that hold a text, in the order in which the directory gives them.
 inline Lines listed(const std::string& directory, std::string_view part) {
   Lines names;

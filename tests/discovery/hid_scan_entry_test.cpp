@@ -13,6 +13,7 @@
 
 namespace {
 
+using zelkora::test::bytes_of;
 using zelkora::test::kPctIdentity;
 using zelkora::test::kResistiveIdentity;
 using zelkora::test::Lines;
@@ -26,9 +27,6 @@ class HidScanEntryTest : public zelkora::test::DiscoveryBench {
     host.config = {1, 0, 0, 0, 0, 1};
     write_resistive_list();
     write_pct_list();
-  }
-  static std::string bytes_of(const TouchDeviceEntry& entry) {
-    return {reinterpret_cast<const char*>(&entry), sizeof entry};
   }
 };
 

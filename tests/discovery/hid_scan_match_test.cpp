@@ -13,7 +13,6 @@
 
 namespace {
 
-using zelkora::sim::UsbIdentity;
 using zelkora::test::kPctIdentity;
 using zelkora::test::kResistiveIdentity;
 using zelkora::test::kStrangeIdentity;

@@ -11,14 +11,13 @@
 
 namespace {
 
-using zelkora::sim::PctController;
 using zelkora::test::Bytes;
+using zelkora::test::bytes_of;
 using zelkora::test::data_file;
 using zelkora::test::encoded_block;
 using zelkora::test::identity_flash;
 using zelkora::test::kPctIdentity;
 using zelkora::test::kPctKinds;
-using zelkora::test::kResistiveIdentity;
 using zelkora::test::kSerialNumber;
 using zelkora::test::Lines;
 using zelkora::test::padded;
@@ -34,7 +33,9 @@ using zelkora::test::write_file;
 constexpr PctKind k8753 = kPctKinds[1];
 constexpr PctKind k8752 = kPctKinds[3];
 
-constexpr SerialNumber numbered(uint8_t last) { return {1, 2, 3, 4, 5, 6, 7, last}; }
+constexpr SerialNumber numbered(size_t last) {
+  return {1, 2, 3, 4, 5, 6, 7, static_cast<uint8_t>(last)};
+}
 
 class HidScanPanelsTest : public zelkora::test::PctScanBench {
  protected:
@@ -64,14 +65,19 @@ class HidScanPanelsTest : public zelkora::test::PctScanBench {
     return paths;
   }
 
-  // The parameter block of a panel with a frequency that is none of the defaults'.
+  static std::string payload(const SerialNumber& number, const Bytes& parameters) {
+    Bytes plain(12, 0);
+    plain.insert(plain.end(), number.begin(), number.end());
+    plain.insert(plain.end(), parameters.begin(), parameters.end());
+    const Bytes bytes = padded(encoded_block(plain), ZELKORA_STORE_PAYLOAD);
+    return {bytes.begin(), bytes.end()};
+  }
+  static std::string default_payload(const SerialNumber& number) {
+    return payload(number, {0x01, 0x01, 0x07, 0xD0, 0x0A, 0, 0x21, 0x10, 0xA4, 0, 0, 0});
+  }
+  // Other than the defaults in frequency, screen number and the last byte.
   static std::string own_payload(const SerialNumber& number) {
-    Bytes plain(32, 0);
-    std::ranges::copy(number, plain.begin() + 12);
-    const Bytes parameters = {0x01, 0x01, 0x04, 0xD2, 0x0A, 0x02, 0x21, 0x10, 0xA4, 0x00};
-    std::ranges::copy(parameters, plain.begin() + 20);
-    const Bytes payload = padded(encoded_block(plain), ZELKORA_STORE_PAYLOAD);
-    return {payload.begin(), payload.end()};
+    return payload(number, {0x01, 0x01, 0x04, 0xD2, 0x0A, 2, 0x21, 0x10, 0xA4, 0, 0, 2});
   }
   static std::string record_bytes(const Record& record) {
     std::string bytes(347, '\0');
@@ -93,16 +99,15 @@ TEST_F(HidScanPanelsTest, AResistiveAndTwoPctPanelsAreOneTable) {
   EXPECT_EQ(GetTouchPanels(0), 3);
   EXPECT_EQ(DeviceNumber, 3);
   EXPECT_EQ(PCTDeviceNumber, 2);
+  const std::string second = "Device2 : " + nodes[1] + " phys:usb-2/input0 ";
+  const std::string third = "Device3 : /dev/hidraw7 phys:usb-3/input0 ";
   EXPECT_EQ(messages_of({"Device", "[", "GetTouchPanels DeviceNumber"}),
-            trace_messages(
-                {"Device1 : " + nodes[0] + " phys:usb-1/input0 MatchFlag:1\n",
-                 "Device2 : " + nodes[1] + " phys:usb-2/input0 MatchFlag:3\n", "[1] IsLegacy:3\n",
-                 "Device2 : " + nodes[1] +
-                     " phys:usb-2/input0 fw:S8.7.53(r400) POSMode:1 PCTDeviceNumber:1\n",
-                 "Device3 : /dev/hidraw7 phys:usb-3/input0 MatchFlag:3\n", "[2] IsLegacy:1\n",
-                 "Device3 : /dev/hidraw7 phys:usb-3/input0 fw:S3.0.81(r564) POSMode:1 "
-                 "PCTDeviceNumber:2\n",
-                 "GetTouchPanels DeviceNumber:3---end\n"}));
+            trace_messages({"Device1 : " + nodes[0] + " phys:usb-1/input0 MatchFlag:1\n",
+                            second + "MatchFlag:3\n", "[1] IsLegacy:3\n",
+                            second + "fw:S8.7.53(r400) POSMode:1 PCTDeviceNumber:1\n",
+                            third + "MatchFlag:3\n", "[2] IsLegacy:1\n",
+                            third + "fw:S3.0.81(r564) POSMode:1 PCTDeviceNumber:2\n",
+                            "GetTouchPanels DeviceNumber:3---end\n"}));
   EXPECT_STREQ(TouchDevice[0].FWVersion, "V2.7");
   EXPECT_EQ(TouchDevice[1].IsLegacy, ZELKORA_FAMILY_8753);
   EXPECT_EQ(TouchDevice[2].IsLegacy, ZELKORA_FAMILY_8752);
@@ -139,14 +144,13 @@ TEST_F(HidScanPanelsTest, TheNextPanelOverwritesAllThatADroppedOneLeft) {
   EXPECT_EQ(GetTouchPanels(0), 1);
   EXPECT_FALSE(dropped.controller.commands().empty());
 
-  const TouchDeviceEntry alone = TouchDevice[0];
+  const TouchDeviceEntry beside = TouchDevice[0];
   remove(dropped);
   EXPECT_EQ(GetTouchPanels(0), 1);
-  EXPECT_EQ(std::memcmp(&alone, &TouchDevice[0], sizeof alone), 0)
-      << "the same as if the other had not been there";
-  EXPECT_STREQ(alone.FWVersion, "S8.7.53(r400)");
-  EXPECT_EQ(alone.IsLegacy, ZELKORA_FAMILY_8753);
-  EXPECT_EQ(serial_number(alone), numbered(2));
+  EXPECT_EQ(bytes_of(beside), bytes_of(TouchDevice[0])) << "as if the other were not there";
+  EXPECT_STREQ(beside.FWVersion, "S8.7.53(r400)");
+  EXPECT_EQ(beside.IsLegacy, ZELKORA_FAMILY_8753);
+  EXPECT_EQ(serial_number(beside), numbered(2));
 }
 
 TEST_F(HidScanPanelsTest, ADroppedPanelBehindTheLastIsNotCounted) {
@@ -206,7 +210,7 @@ TEST_F(HidScanPanelsTest, AnEnteredPanelIsNotAskedAtItsHidrawNode) {
 TEST_F(HidScanPanelsTest, AFifthPctPanelIsNeitherAskedNorRecorded) {
   const Lines nodes = slots("/dev/usb/hiddev", 6);
   std::vector<PctPanel*> panels;
-  for (uint8_t i = 0; i < nodes.size(); ++i) {
+  for (size_t i = 0; i < nodes.size(); ++i) {
     panels.push_back(&plug_known(i % 2 == 0 ? k8753 : k8752, nodes[i],
                                  "usb-" + std::to_string(i) + "/input0", numbered(i)));
   }
@@ -225,7 +229,7 @@ TEST_F(HidScanPanelsTest, AFifthPctPanelIsNeitherAskedNorRecorded) {
 
 TEST_F(HidScanPanelsTest, ADroppedPanelTakesNoneOfTheFourPlaces) {
   const Lines nodes = slots("/dev/usb/hiddev", 5);
-  for (uint8_t i = 0; i < nodes.size(); ++i) {
+  for (size_t i = 0; i < nodes.size(); ++i) {
     plug_known(i == 1 ? k8752 : k8753, nodes[i], "usb-" + std::to_string(i) + "/input0",
                numbered(i));
   }
@@ -281,6 +285,21 @@ TEST_F(HidScanPanelsTest, AReplacementPanelInheritsTheSettingsOfOneLikeIt) {
   EXPECT_EQ(stored[1].phys, kPhys);
   EXPECT_EQ(stored[1].serial_number, "a1b2c3d4e5f60718");
   EXPECT_EQ(stored[1].payload, own_payload(kSerialNumber));
+}
+
+TEST_F(HidScanPanelsTest, APanelOfAnotherKindStartsWithTheDefaults) {
+  write_file(data_file(".pctpbin"), record_bytes({"usb-1/input0", "0102030405060701", "2575_8753",
+                                                  own_payload(numbered(1))}));
+  const Lines nodes = slots("/dev/usb/hiddev", 2);
+  plug_known(k8753, nodes[0], "usb-1/input0", numbered(1));
+  PctPanel& other = plug(nodes[1], {0x2575, 0x8752, "Zelkora", "Virtual PCT"}, "usb-2/input0");
+  set_flash(other.controller, identity_flash(0x2575, 0x8752, k8753.revision, numbered(2)));
+  EXPECT_EQ(GetTouchPanels(0), 2);
+  const std::vector<Record> stored = records(".pctpbin");
+  ASSERT_EQ(stored.size(), 2U);
+  EXPECT_EQ(stored[0].payload, own_payload(numbered(1)));
+  EXPECT_EQ(stored[1].usb_id, "2575_8752");
+  EXPECT_EQ(stored[1].payload, default_payload(numbered(2)));
 }
 
 TEST_F(HidScanPanelsTest, AFirmwareUpdateKeepsSerialNumberAndSettings) {

@@ -12,7 +12,6 @@
 namespace {
 
 using zelkora::sim::PctController;
-using zelkora::sim::PctFaults;
 using zelkora::test::Bytes;
 using zelkora::test::data_file;
 using zelkora::test::identity_flash;
@@ -134,6 +133,20 @@ TEST_P(HidScanRefusalTest, ASilentPanelIsDropped) {
   EXPECT_EQ(GetTouchPanels(0), 0);
   expect_dropped();
   EXPECT_EQ(node_calls().back(), closed(kind()).back());
+}
+
+TEST_P(HidScanRefusalTest, ReportsOfAnyLengthAreSurvivedAndLongEnoughOnesTaken) {
+  const unsigned needed = (kind().is_8752() ? 3 : 7) + PctController::kFlashSize;
+  for (const unsigned count : {4U, 8U, needed - 1, needed, 63U, 64U, 65U, 200U, 511U, 512U, 600U}) {
+    SCOPED_TRACE(count);
+    PctPanel& panel = add_known(kind());
+    panel.controller.set_usage_count(count);
+    EXPECT_EQ(GetTouchPanels(0), count < needed ? 0 : 1);
+    EXPECT_EQ(TouchDevice[0].IsLegacy, kind().family);
+    EXPECT_STREQ(TouchDevice[0].FWVersion, kind().version);
+    EXPECT_EQ(TouchDevice[1].Type, 0);
+    remove(panel);
+  }
 }
 
 struct StoreCase {

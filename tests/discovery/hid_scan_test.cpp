@@ -64,7 +64,8 @@ TEST_F(HidScanTest, GetTouchPanelsIsSilentWithoutTheDebugSwitch) {
   host.config = {1, 0, 0, 0, 0, 1};
   add_resistive();
   write_pct_list();
-  GetTouchPanels(0);
+  add_pct("7", "usb-7/input0");
+  EXPECT_EQ(GetTouchPanels(0), 2);
   EXPECT_EQ(messages(), Lines{});
 }
 

@@ -159,7 +159,7 @@ class PctScanBench : public DiscoveryBench {
   // The data of a reply stand behind the beginning of the command, where the family has them.
   static Lines data_told(const PctKind& kind, Bytes head, const Bytes& data) {
     head.resize(kind.is_8752() ? 3 : 7);
-    return answered(7, joined_bytes(std::move(head), data));
+    return answered(7, joined_bytes(head, data));
   }
   static Lines flash_read(const PctKind& kind, const Bytes& flash) {
     return joined(
@@ -167,8 +167,7 @@ class PctScanBench : public DiscoveryBench {
   }
   static Lines flash_written(const PctKind& kind, Bytes flash) {
     flash.resize(ZELKORA_PCT_BLOCK);  // the checksum is the controller's to add
-    return sent(kind, 8,
-                joined_bytes(padded({0xA8, 0x22}, kind.is_8752() ? 3 : 7), std::move(flash)));
+    return sent(kind, 8, joined_bytes(padded({0xA8, 0x22}, kind.is_8752() ? 3 : 7), flash));
   }
   static Lines made_writable(const std::string& name) {
     return {"system chmod 777 \"" + data_file(name) + "\""};
