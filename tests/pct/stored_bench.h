@@ -55,6 +55,15 @@ class StoredBench : public PctWays {
   }
   Lines told(const ParameterSet& set) const { return told(set.told); }
 
+  // Whether a POS configuration reached the controller.
+  bool was_told() const {
+    return std::ranges::any_of(device.received, [this](const auto& report) {
+      const Bytes& payload = report.second;
+      return is_8752() ? payload[0] == 0x91 && payload[3] == 0xC0
+                       : payload[0] == 0x84 && payload[1] == 0xC0;
+    });
+  }
+
   // What opening and closing put around an operation.
   Lines opening() const {
     return joined({{"open " + std::string(node()) + " O_RDONLY"}, switching(0x90)});
