@@ -282,4 +282,23 @@ TEST_P(StoredLoadTest, TheMessagesOfASpoiledRecord) {
             }));
 }
 
+TEST_P(StoredLoadTest, TheMessagesOfASpoiledRecordBesideAGoodOneOfThePort) {
+  write_file(kRecords, store_record(moved_keys(), spoiled_payload(loud_set(), kOwnNumber)) +
+                           store_record(replaced_keys(), payload(quiet_set(), kOtherNumber)));
+  PCTDevInfo rec{};
+  load(rec);
+  EXPECT_EQ(load_messages(),
+            debug_messages({
+                "GetPCTParamBin Read_Binary_File ret:2 mode:2\n",
+                "GetPCTParamBin DecodeParames checksum fail\n",
+                "GetMyHidDeviceParames GetPCTParamBin SN_MODE ret:0\n",
+                "GetPCTParamBin Read_Binary_File ret:1 mode:3\n",
+                "GetMyHidDeviceParames 002\n",
+                "***GetMyHidDeviceParames SN:1021324354657687\n***",
+                "***GetMyHidDeviceParames beep:0 Play:0 freq:500 dura:5 scrno:0 click:1 right:0 "
+                "time:3 range:5 up:0 DisableReport:0 Digitizer:0 HideCursor:0\n***",
+                "GetMyHidDeviceParames SetMyHidDeviceParames\n",
+            }));
+}
+
 }  // namespace
