@@ -18,7 +18,7 @@ def texts_of(path):
     code = without_comments(path.read_text())
     for found in PRINTS.finditer(code):
         text = "".join(re.findall(LITERAL, found.group(1))).replace('""', "").strip('"')
-        if re.sub(r"%[0-9.]*[a-zA-Z]|\\n|\W", "", text):
+        if re.sub(r"%[0-9.]*l?[a-zA-Z]|\\n|\W", "", text):
             yield text.removesuffix("\\n")
     # Texts that a table row carries to its print.
     for text in re.findall(rf"({LITERAL})", code):
@@ -28,7 +28,7 @@ def texts_of(path):
 
 def pieces(text):
     """The fixed parts of a format, which a test can quote."""
-    parts = re.split(r"%[0-9.]*[a-zA-Z]|\\n", text)
+    parts = re.split(r"%[0-9.]*l?[a-zA-Z]|\\n", text)
     return [part for part in parts if re.search(r"[A-Za-z]{2}", part)]
 
 
