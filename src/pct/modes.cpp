@@ -73,9 +73,9 @@ class ModeChange {
 
   int read_mode() const {
     const int mode = GetPOSMode();
-    // Of an 8753 hybrid both hybrid modes are as good as the one asked for.
-    const bool hybrid = IsLegacy != ZELKORA_FAMILY_8752 && product_ == kHybridProduct &&
-                        (mode == kHybrid || mode == kOtherHybrid);
+    // Of an 8753 hybrid both hybrid modes are as good as the one asked for; an 8752 one has no product
+    // id of its own.
+    const bool hybrid = product_ == kHybridProduct && (mode == kHybrid || mode == kOtherHybrid);
     return hybrid ? mode_ : mode;
   }
 
