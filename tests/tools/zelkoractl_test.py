@@ -1,12 +1,10 @@
 # SPDX-FileCopyrightText: 2026 The Zelkora authors
 # SPDX-License-Identifier: MIT
-"""zelkoractl on virtual panels: every command and every exit status."""
+"""zelkoractl on virtual resistive panels: every command and every exit status."""
 
-import json
-import os
 import unittest
 
-from session import CTL, Session
+from session import Session
 
 DONE, FAILED, USAGE, NOT_FOUND, NO_PERMISSION = 0, 1, 2, 3, 5
 
@@ -41,9 +39,10 @@ class ListTest(unittest.TestCase):
             result = session.ctl("list")
         self.assertEqual(result.status, DONE)
         self.assertEqual(result.stdout.splitlines(), [
-            "PANEL  TYPE           NODE              USB-ID     FIRMWARE",
-            "0      resistive-usb  /dev/usb/hiddev0  3A4C:1688  V1.2",
-            "1      resistive-usb  /dev/usb/hiddev1  1234:8888  V2.10"])
+            "PANEL  TYPE           NODE              USB-ID     FIRMWARE  FAMILY  MODE  "
+            "SERIAL-NUMBER",
+            "0      resistive-usb  /dev/usb/hiddev0  3A4C:1688  V1.2      -       -     -",
+            "1      resistive-usb  /dev/usb/hiddev1  1234:8888  V2.10     -       -     -"])
         self.assertEqual(result.stderr, "")
 
     def test_the_document_also_tells_event_node_and_phys(self):
@@ -52,7 +51,8 @@ class ListTest(unittest.TestCase):
         self.assertEqual(status, DONE)
         self.assertEqual(document, {"schema": 1, "hints": [], "panels": [{
             "index": 0, "type": "resistive-usb", "node": "/dev/usb/hiddev0",
-            "usb_id": "3A4C:1688", "firmware": "V1.2", "event_node": "/dev/input/event0",
+            "usb_id": "3A4C:1688", "firmware": "V1.2", "family": None, "mode": None,
+            "serial_number": None, "recorded_usb_id": None, "event_node": "/dev/input/event0",
             "phys": "usb-0000:00:14.0-1/input0"}]})
 
     def test_no_panel_is_an_empty_answer_with_a_hint(self):
@@ -254,8 +254,8 @@ class SetTest(unittest.TestCase):
         cases = {"loudness=3": "there is no setting", "beep": "SETTING=VALUE",
                  "beep=1": "on, off", "beep=": "on, off", "frequency=499": "500..3000",
                  "frequency=3001": "500..3000", "duration=4": "5..50", "duration=51": "5..50",
-                 "play-method=3": "0..2", "screen=5": "0..4", "screen=-1": "0..4",
-                 "right-time=0": "1..255", "edge-up=32768": "-32768..32767",
+                 "play-method=3": "0..2", "screen=10": "0..4", "screen=-1": "0..4",
+                 "right-time=256": "1..255", "edge-up=32768": "-32768..32767",
                  "edge-up=-32769": "-32768..32767", "backlight=256": "0..255",
                  "frequency=1000Hz": "500..3000", "frequency= 1000": "500..3000",
                  "frequency=99999999999999999999": "500..3000", "beep=on": "given twice"}
@@ -266,6 +266,17 @@ class SetTest(unittest.TestCase):
                 self.assertIn(complaint, result.stderr)
             self.assertEqual(session.frames(0), [])
             self.assertEqual(session.value(0, BEEP), 1)
+
+    def test_what_only_the_other_kind_of_panel_takes_is_refused_before_it_is_changed(self):
+        cases = {"screen=5": "screen takes 0..4", "beep=both": "beep takes on, off",
+                 "menu=up": "panel 0 has no setting menu", "right-time=0": "takes 1..255"}
+        with Session("resistive,beep=1") as session:
+            for word, complaint in cases.items():
+                result = session.ctl("set", "0", "duration=20", word)
+                self.assertEqual((result.status, result.stdout), (USAGE, ""), word)
+                self.assertIn(complaint, result.stderr)
+            self.assertEqual(session.ctl("get", "0", "menu").status, USAGE)
+            self.assertEqual(set(session.frames(0)), {"OI"})
 
     def test_a_value_stored_differently_fails_and_nothing_becomes_permanent(self):
         with Session("resistive,stores=1,beep=1") as session:
@@ -319,81 +330,53 @@ class SetTest(unittest.TestCase):
                              (0, 3))
 
 
-class CommandLineTest(unittest.TestCase):
-    def test_wrong_usage_is_told_on_standard_error(self):
-        with Session() as session:
-            for words in ([], ["dance"], ["show"], ["show", "0", "1"], ["show", "first"],
-                          ["show", "-1"], ["get", "0", "loudness"], ["set", "0"], ["--loud"],
-                          ["list", "--config"]):
-                result = session.ctl(*words)
-                self.assertEqual((result.status, result.stdout), (USAGE, ""), words)
-                self.assertTrue(result.stderr.startswith("zelkoractl: "), words)
-                status, document = session.ctl_json(*words)
-                self.assertEqual((status, document["error"]["code"]), (USAGE, USAGE), words)
+class DefaultsTest(unittest.TestCase):
+    INI = "/opt/.touch_panel/TouchUtil.ini"
 
-    def test_a_word_that_nothing_takes_is_named(self):
-        commands = "; the commands are list, show, get, set"
-        cases = {("dance",): '"dance" is no command' + commands,
-                 ("dance", "0"): '"dance" is no command' + commands,
-                 (): "a command is missing" + commands,
-                 ("list", "show", "0"): 'list does not take "show"',
-                 ("show", "0", "1"): 'show does not take "1"',
-                 ("list", "--", "x"): 'list does not take "x"',
-                 ("list", "--loud"): '"--loud" is no option'}
-        with Session() as session:
-            for words, complaint in cases.items():
-                self.assertEqual(session.ctl(*words).stderr.splitlines()[0],
-                                 "zelkoractl: " + complaint, words)
+    def test_the_values_of_the_defaults_file_become_permanent(self):
+        with Session(f"resistive,beep=1,word{FREQUENCY}=700,word67=90,word71=9") as session:
+            session.shell(f"printf '[Res_Default]\\nBeepOn=0\\nEdgeLeft=-5\\n' > {self.INI}")
+            result = session.ctl("defaults", "0")
+            stored = [session.permanent(0, a) for a in (BEEP, FREQUENCY, 67, 71)]
+        self.assertEqual((result.status, result.stderr), (DONE, ""))
+        self.assertEqual(stored, [0, 2000, 90, 0xFFFB])
+        self.assertIn("edge-left=-5\n", result.stdout)
+        self.assertNotIn("rotation", result.stdout, "it has no default")
 
-    def test_json_is_answered_whenever_it_is_asked_for(self):
-        asked = (["--json=true", "list"], ["list", "--json"], ["--version", "--json=true"],
-                 ["--json=true", "--help"], ["--json=true", "dance"], ["list", "--config", "/none",
-                 "--json=true"], ["--config", "--json"])
-        with Session() as session:
-            for words in asked:
-                self.assertEqual(json.loads(session.ctl(*words).stdout)["schema"], 1, words)
-            self.assertTrue(session.ctl("--json=false", "list").stdout.startswith("PANEL"))
+    def test_a_default_out_of_range_is_refused_before_anything_is_written(self):
+        for line, complaint in (("Frequency=99", "frequency in %s is 99, which is out of range (500"),
+                                ("EdgeUp=40000", "edge-up in %s is 40000"),
+                                ("PlayMethod=3", "play-method in %s is 3")):
+            with Session("resistive,beep=1") as session:
+                session.shell(f"printf '[Res_Default]\\nBeepOn=0\\n{line}\\n' > {self.INI}")
+                result = session.ctl("defaults", "0")
+                self.assertEqual((result.status, result.stdout), (USAGE, ""), line)
+                self.assertIn(complaint % self.INI, result.stderr)
+                self.assertEqual(session.value(0, BEEP), 1)
 
-    def test_help_and_version_are_answers(self):
-        with Session() as session:
-            version = session.ctl("--version")
-            status, document = session.ctl_json("--version")
-            general, of_set = session.ctl("--help"), session.ctl("set", "--help")
-        self.assertEqual((version.status, version.stderr), (DONE, ""))
-        self.assertRegex(version.stdout, r"^zelkoractl \d+\.\d+\.\d+\n$")
-        self.assertEqual((status, document["version"]), (DONE, version.stdout.strip()))
-        self.assertIn("Exit status", general.stdout)
-        for name in SETTINGS:
-            self.assertIn("  " + name + " ", of_set.stdout)
-
-    def test_the_trace_goes_to_standard_error_only(self):
-        with Session() as session:
-            for words in (["list"], ["show", "0"], ["get", "0"], ["set", "0", "beep=off"]):
-                plain, traced = session.ctl(*words), session.ctl("--debug", *words)
-                self.assertEqual(traced.stdout, plain.stdout, words)
-                self.assertIn("zelkora DD:", traced.stderr)
-                self.assertEqual(plain.stderr, "", words)
-                self.assertEqual(session.ctl_json(*words, "--debug")[0], DONE, words)
-
-    def test_an_answer_that_cannot_be_written_is_a_failure(self):
-        with Session() as session:
-            full = session.shell(f"{CTL} list > /dev/full")
-            closed = session.shell(f"{CTL} list >&-")
-        for result in (full, closed):
-            self.assertEqual(result.status, FAILED)
-            self.assertIn("cannot write the answer", result.stderr)
-
-    def test_a_reader_that_went_away_does_not_stop_a_change(self):
+    def test_a_reset_brings_the_permanent_values_back(self):
         with Session("resistive,beep=1") as session:
-            session.shell(f"{CTL} --debug set 0 beep=off 2>&1 | true")
-            self.assertEqual(session.permanent(0, BEEP), 0)
+            session.sim("set", "0", str(BEEP), "0")
+            status, document = session.ctl_json("reset", "0")
+            resets = session.sim("resets", "0").strip()
+            text = session.ctl("reset", "0")
+            stored = session.value(0, BEEP)
+        self.assertEqual((status, document["was_reset"], document["mode"]), (DONE, True, None))
+        self.assertEqual((resets, stored), ("1", 1))
+        self.assertEqual(text.stdout.splitlines(),
+                         ["panel   0", "node    /dev/usb/hiddev0", "reset   yes",
+                          "usb id  3A4C:1688"])
 
-    def test_all_six_hooks_are_there_for_the_library(self):
+    def test_what_a_resistive_panel_does_not_have_is_told(self):
         with Session() as session:
-            symbols = session.shell(f"nm -D --defined-only {os.path.abspath(CTL)}").stdout
-        for hook in ("Read_Config", "GetEnableDebug", "GenerateRand", "EncodeData", "DecodeData",
-                     "mydoled_all_display"):
-            self.assertRegex(symbols, rf"(?m) T {hook}$")
+            for words, complaint in ((["keep", "0"], "set is kept at once"),
+                                     (["revert", "0"], "set is kept at once"),
+                                     (["mode", "0", "mouse"], "it has no modes"),
+                                     (["serial-number", "0"], "it has no serial number")):
+                result = session.ctl(*words)
+                self.assertEqual((result.status, result.stdout), (FAILED, ""), words)
+                self.assertIn("panel 0 is resistive", result.stderr)
+                self.assertIn(complaint, result.stderr)
 
 
 if __name__ == "__main__":

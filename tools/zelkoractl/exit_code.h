@@ -9,7 +9,7 @@ namespace zelkoractl {
 enum class ExitCode : int {
   kDone = 0,
   kFailed = 1,        // a panel did not do what it was asked, or the answer could not be written
-  kUsage = 2,         // arguments or configuration; no panel was touched
+  kUsage = 2,         // arguments or configuration; no panel was changed
   kNotFound = 3,      // no such panel
   kNoPermission = 5,  // a device node exists but may not be opened
 };

@@ -12,7 +12,8 @@
 #include "commands.h"
 #include "config.h"
 #include "paths.h"
-#include "settings.h"
+#include "pct_settings.h"
+#include "resistive_settings.h"
 
 namespace zelkoractl {
 namespace {
@@ -23,6 +24,7 @@ struct CommandLine {
   std::string config_file;
   std::string panel;
   std::string setting;
+  std::string mode;
   std::vector<std::string> assignments;
 };
 
@@ -31,13 +33,69 @@ constexpr const char* kExitCodes =
     "permission.\nThe answer goes to standard output, everything else to standard error.";
 
 std::string settings_help() {
-  std::vector<std::vector<std::string>> rows;
-  for (const Setting& setting : all_settings()) {
-    rows.push_back(
-        {"  " + std::string(setting.name), range_text(setting), std::string(setting.meaning)});
-  }
-  return "Settings:\n" + align(rows);
+  return "Settings of resistive panels:\n" + align(help_rows(resistive_settings())) +
+         "Settings of projected-capacitive panels:\n" + align(help_rows(pct_settings()));
 }
+
+using Run = Answer (*)(const CommandLine& line);
+
+struct Command {
+  const char* name;
+  const char* description;
+  bool has_panel;
+  Run run;
+  void (*add_more)(CLI::App& command, CommandLine& line) = nullptr;
+};
+
+void add_setting(CLI::App& command, CommandLine& line) {
+  command.add_option("SETTING", line.setting, "Name of a setting")->type_name("");
+  command.footer(settings_help);
+}
+
+void add_assignments(CLI::App& command, CommandLine& line) {
+  command.add_option("SETTING=VALUE", line.assignments, "What to change")
+      ->required()
+      ->type_name("");
+  command.footer(settings_help() +
+                 "On a projected-capacitive panel the first change saves the settings there were: "
+                 "revert goes back to them.");
+}
+
+void add_mode(CLI::App& command, CommandLine& line) {
+  command.add_option("MODE", line.mode, "digitizer, mouse or hybrid")->required()->type_name("");
+  command.footer(
+      "The panel is reset when its mode changes, and may come back with another number "
+      "and product id.");
+}
+
+// clang-format off
+constexpr Command kCommands[] = {
+    {"list", "List the panels", false, [](const CommandLine&) { return list_panels(); }},
+    {"show", "Show a panel and all its settings", true,
+     [](const CommandLine& line) { return show_panel(line.panel); }},
+    {"get", "Print all settings as name=value, or the value of one", true,
+     [](const CommandLine& line) { return get_settings(line.panel, line.setting); }, add_setting},
+    {"set", "Change settings for good, all of them or none", true,
+     [](const CommandLine& line) { return set_settings(line.panel, line.assignments); },
+     add_assignments},
+    {"defaults", "Give all settings the values of the defaults file", true,
+     [](const CommandLine& line) { return apply_defaults(line.panel); }},
+    {"keep", "Make the settings of a projected-capacitive panel those that revert goes back to",
+     true, [](const CommandLine& line) { return keep_settings(line.panel); }},
+    {"revert",
+     "Give a projected-capacitive panel the settings again that it had before the first set or "
+     "defaults, or at the last keep",
+     true, [](const CommandLine& line) { return revert_settings(line.panel); }},
+    {"mode", "Make a projected-capacitive panel a digitizer, a mouse or a hybrid of both", true,
+     [](const CommandLine& line) { return set_mode(line.panel, line.mode); }, add_mode},
+    {"reset", "Reset the controller of a panel", true,
+     [](const CommandLine& line) { return reset_panel(line.panel); }},
+    {"serial-number", "Print the serial number of a projected-capacitive panel", true,
+     [](const CommandLine& line) { return show_serial_number(line.panel); }},
+    {"screens", "List the lit screens, as the setting screen counts them", false,
+     [](const CommandLine&) { return list_screens(); }},
+};
+// clang-format on
 
 void describe(CLI::App& app, CommandLine& line) {
   app.description("Lists touch panels, shows and changes their settings.");
@@ -53,32 +111,20 @@ void describe(CLI::App& app, CommandLine& line) {
          "Configuration file; without it " + std::string(paths::kConfig) + " when it is there")
       ->type_name("FILE");
 
-  const auto add_command = [&app](const char* name, const char* description) {
-    return app.add_subcommand(name, description)->fallthrough();
-  };
-  const auto add_panel = [&line](CLI::App* command) {
-    command->add_option("PANEL", line.panel, "Number of the panel, as listed")
-        ->required()
-        ->type_name("");
-  };
-  add_command("list", "List the panels");
-  add_panel(add_command("show", "Show a panel and all its settings"));
-  CLI::App* get = add_command("get", "Print all settings as name=value, or the value of one");
-  add_panel(get);
-  get->add_option("SETTING", line.setting, "Name of a setting")->type_name("");
-  get->footer(settings_help);
-  CLI::App* set = add_command("set", "Change settings, all of them or none, and keep them");
-  add_panel(set);
-  set->add_option("SETTING=VALUE", line.assignments, "What to change")->required()->type_name("");
-  set->footer(settings_help);
+  for (const Command& command : kCommands) {
+    CLI::App* added = app.add_subcommand(command.name, command.description)->fallthrough();
+    if (command.has_panel) {
+      added->add_option("PANEL", line.panel, "Number of the panel, as listed")
+          ->required()
+          ->type_name("");
+    }
+    if (command.add_more != nullptr) command.add_more(*added, line);
+  }
 }
 
 Answer run_command(const CLI::App& app, const CommandLine& line) {
   const std::string name = app.get_subcommands().front()->get_name();
-  if (name == "show") return show_panel(line.panel);
-  if (name == "get") return get_settings(line.panel, line.setting);
-  if (name == "set") return set_settings(line.panel, line.assignments);
-  return list_panels();
+  return std::ranges::find(kCommands, name, &Command::name)->run(line);
 }
 
 Answer plain_answer(const char* key, const std::string& text) {

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "config.h"
+
 namespace zelkoractl {
 namespace {
 
@@ -45,6 +47,23 @@ std::string to_document(const Answer& answer) {
   return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
+// The library asks the X input driver to read settings again whenever it stores some. Without a
+// display there is no such driver, which is no error in a command-line host.
+constexpr std::string_view kNoDisplay = "EE:** Can't open XDisplay **\n";
+
+// Takes the library's lines to standard error.
+ssize_t pass_on(void* /*cookie*/, const char* text, size_t size) {
+  std::string_view rest(text, size);
+  while (!rest.empty()) {
+    const std::string_view line = rest.substr(0, std::min(rest.find('\n'), rest.size() - 1) + 1);
+    if (line != kNoDisplay || current_config().debug) {
+      std::fwrite(line.data(), 1, line.size(), stderr);
+    }
+    rest.remove_prefix(line.size());
+  }
+  return static_cast<ssize_t>(size);
+}
+
 }  // namespace
 
 Json or_null(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
@@ -60,6 +79,7 @@ AnswerChannel::AnswerChannel() {
   answer_ = has_output ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1;
   dup2(STDERR_FILENO, STDOUT_FILENO);
   // Line by line, so that the library's lines and ours stay in order.
+  stdout = fopencookie(nullptr, "w", {nullptr, pass_on, nullptr, nullptr});
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <optional>
 
 #include "nodes.h"
@@ -18,6 +19,23 @@ namespace {
 // and every value reads as 0.
 constexpr std::string_view kFirmwareQueryEchoed = "OI";
 
+std::string usb_id(unsigned vendor, unsigned product) {
+  char text[sizeof "VVVV:PPPP"];
+  std::snprintf(text, sizeof text, "%04X:%04X", vendor & 0xFFFF, product & 0xFFFF);
+  return text;
+}
+
+void read_pct(const TouchDeviceEntry& entry, Panel& panel) {
+  panel.family = entry.IsLegacy;
+  panel.pos_mode = entry.POSMode;
+  for (const unsigned char byte : entry.SN) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02x", byte);
+    panel.serial_number += digits;
+  }
+  panel.recorded_usb_id = usb_id(entry.OldVID, entry.OldPID);
+}
+
 Panel read_entry(int index) {
   char node[sizeof TouchDeviceEntry::Name];
   char id[sizeof TouchDeviceEntry::ID];
@@ -25,9 +43,12 @@ Panel read_entry(int index) {
   GetTouchDeviceName(index, node);
   GetTouchDeviceID(index, id);
   GetTouchDeviceFw(index, firmware);
-  Panel panel{index, GetTouchDeviceType(index), node, id, firmware, TouchDevice[index].Phys};
+  const TouchDeviceEntry& entry = TouchDevice[index];
+  Panel panel{index, GetTouchDeviceType(index), node, id, firmware, entry.Phys, 0, 0, "", ""};
   std::ranges::replace(panel.usb_id, '_', ':');
-  if (panel.type != ZELKORA_TYPE_PCT && panel.firmware == kFirmwareQueryEchoed) {
+  if (panel.is_pct()) {
+    read_pct(entry, panel);
+  } else if (panel.firmware == kFirmwareQueryEchoed) {
     panel.firmware.clear();
   }
   return panel;
@@ -40,8 +61,6 @@ std::optional<size_t> parse_index(const std::string& text) {
   if (error != std::errc() || end != text_end) return std::nullopt;
   return index;
 }
-
-std::string call(const Panel& panel) { return "panel " + std::to_string(panel.index); }
 
 }  // namespace
 
@@ -82,6 +101,8 @@ std::string find_event_node(const Panel& panel) {
   return node;
 }
 
+std::string call(const Panel& panel) { return "panel " + std::to_string(panel.index); }
+
 std::string_view type_name(const Panel& panel) {
   switch (panel.type) {
     case ZELKORA_TYPE_RESISTIVE_USB:
@@ -95,21 +116,36 @@ std::string_view type_name(const Panel& panel) {
   }
 }
 
+std::string_view family_name(const Panel& panel) {
+  if (!panel.is_pct()) return "";
+  switch (panel.family) {
+    case ZELKORA_FAMILY_8752:
+      return "8752";
+    case ZELKORA_FAMILY_LEGACY:
+      return "legacy";
+    case ZELKORA_FAMILY_8753:
+      return "8753";
+    default:
+      return "unknown";
+  }
+}
+
+std::string_view pos_mode_name(int pos_mode) {
+  constexpr std::string_view kNames[] = {"", "digitizer", "mouse", "hybrid", "hybrid-4"};
+  const auto index = static_cast<size_t>(pos_mode);
+  return index < std::size(kNames) ? kNames[index] : "";
+}
+
+Failure cannot_open(const Panel& panel) {
+  if (is_locked(panel.node)) {
+    return no_permission("no permission to open " + call(panel), {panel.node});
+  }
+  return {ExitCode::kFailed, call(panel) + " cannot be opened", panel.node,
+          "check that it is still plugged in, then try again"};
+}
+
 OpenPanel::OpenPanel(const Panel& panel) : index_(panel.index) {
-  if (panel.type == ZELKORA_TYPE_PCT) {
-    throw Failure(ExitCode::kFailed,
-                  call(panel) +
-                      " is projected-capacitive: it has no settings "
-                      "of a resistive panel",
-                  panel.node, "name a resistive panel");
-  }
-  if (OpenTouchDevice(index_) == 0) {
-    if (is_locked(panel.node)) {
-      throw no_permission("no permission to open " + call(panel), {panel.node});
-    }
-    throw Failure(ExitCode::kFailed, call(panel) + " cannot be opened", panel.node,
-                  "check that it is still plugged in, then try again");
-  }
+  if (OpenTouchDevice(index_) == 0) throw cannot_open(panel);
   char firmware[20];
   if (GetFirmware(firmware) != 0 && firmware == kFirmwareQueryEchoed) {
     CloseTouchDevice(index_);

@@ -8,6 +8,9 @@ namespace zelkoractl::paths {
 
 inline constexpr char kConfig[] = "/etc/zelkora/zelkoractl.ini";
 
+inline constexpr char kData[] = "/opt/.touch_panel";
+inline constexpr char kDefaults[] = "/opt/.touch_panel/TouchUtil.ini";
+
 inline constexpr char kDev[] = "/dev";
 inline constexpr char kDevUsb[] = "/dev/usb";
 inline constexpr char kResistiveNames[] = "/opt/.touch_panel/rmanuflist.conf";

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// Changing several settings of a panel: all of them or none.
+// Changing several settings of a resistive panel: all of them or none.
 //
 // Nothing is written before every old value has been read. Each value is verified by reading it
 // back; at the first one that was not taken, all values written so far are put back. Only a change
@@ -11,32 +11,20 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "settings.h"
+#include "assignments.h"
+#include "outcome.h"
+#include "resistive_settings.h"
 
 namespace zelkoractl {
 
-struct Assignment {
-  const Setting* setting;
-  int value;  // 16 bits, as it is stored
-};
-
-// Reads "name=value" words. Throws a usage Failure at the first that is wrong.
-std::vector<Assignment> parse_assignments(const std::vector<std::string>& words);
-
-enum class Outcome {
-  kUntouched,
-  kChanged,
-  kPutBack,     // written, then the old value restored
-  kNotPutBack,  // written, and the old value could not be restored
-};
+using ResistiveAssignment = Assignment<ResistiveSetting>;
 
 struct Step {
-  Assignment assignment;
+  ResistiveAssignment assignment;
   int before = 0;
-  int along_before = 0;  // what Setting::written_along held
+  int along_before = 0;  // what ResistiveSetting::written_along held
   Outcome outcome = Outcome::kUntouched;
 };
 
@@ -51,8 +39,6 @@ struct Change {
 
 // Carries out a change on the panel that is open. Throws, with nothing written, when an old value
 // cannot be read. `node` is for the Failure.
-Change carry_out(const std::vector<Assignment>& assignments, const std::string& node);
-
-std::string_view outcome_text(Outcome outcome);
+Change carry_out(const std::vector<ResistiveAssignment>& assignments, const std::string& node);
 
 }  // namespace zelkoractl
