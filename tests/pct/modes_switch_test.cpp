@@ -193,7 +193,7 @@ class ModesLateTest : public ModesSwitchTest {
  protected:
   void SetUp() override {
     ModesSwitchTest::SetUp();
-    device.on_command = [this, left = 20, obey = device.on_command](const Bytes& payload) mutable {
+    device.on_command = [left = 20, obey = device.on_command](const Bytes& payload) mutable {
       const bool into_command_mode = payload[0] == 0x91 && payload[4] == 0x90;
       if (into_command_mode && left-- > 0) return;
       obey(payload);
