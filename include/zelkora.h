@@ -135,8 +135,13 @@ enum {
   ZELKORA_EEP_BEEP_ON = 86,
   ZELKORA_EEP_PLAY_METHOD = 87,
   ZELKORA_EEP_FREQUENCY = 88,
-  ZELKORA_EEP_DURATION = 89
+  ZELKORA_EEP_DURATION = 89,
+  ZELKORA_EEP_CHECKSUM = 91 /* of the values that SetResAllDataFlash() writes */
 };
+
+/* 16-bit words of a resistive parameter record: as stored, and as written to the controller; the
+ * last of each is the checksum of the others. */
+enum { ZELKORA_RES_STORED_WORDS = 17, ZELKORA_RES_FLASH_WORDS = 11 };
 
 /* One discovered controller (568 bytes). */
 typedef struct TouchDeviceEntry {
@@ -919,6 +924,171 @@ void GetResParamDefault(ResDevInfo* rec);
  * and stores the text in the entry when the panel is supported, or gave no acceptable reply; 0,
  * with fd closed, when it is not supported. */
 int ChkResFW(int devnum);
+
+/* ------------------------------------------------------------------------------------------
+ * EEPROM images of resistive panels: files of 130 bytes, the EEPROM's 128 and the low and high byte
+ * of their CheckSum(). All open and close entry `devnum` and return 0 when it is negative or does
+ * not open. A page takes 400 ms and more.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Saves the EEPROM to a file. Returns 1, or 0 with the old file as it was. */
+int AXI_LoadDevToFile(int devnum, const char* path);
+
+/* Writes a file into the EEPROM, page by page, each read back and its sum compared. Returns 1, or 0:
+ * the file cannot be read, its sum is wrong (the controller is then not touched), or a page failed
+ * (the pages before it are written). */
+int AXI_WriteFileToDev(int devnum, const char* path);
+
+/* Returns 1 when the checksum of the EEPROM is the one stored in the file, else 0. Differences that
+ * cancel each other in the sum show in the trace alone. */
+int AXI_CompareFileAndDev(int devnum, const char* path);
+
+/* ------------------------------------------------------------------------------------------
+ * Parameter records of resistive and serial panels. Two store files hold one for each panel, by its
+ * Phys: the saved record, and a working copy that an edit begins with and can go back to. `devnum`
+ * is the table entry (0..3), `rec` a ResDevInfo; results are 1 or 0 where nothing else stands. The
+ * working copy is never really deleted.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Saves a set of a USB panel, which is opened and closed. By `mode`: 1 saves the record and its
+ * working copy, and writes the flash where its checksum is another; 2 goes back to the working copy,
+ * unless both records agree, and `rec` receives it; 5 does the same; 6 saves the record and writes
+ * the flash. Only mode 1 has the controller keep it. `only_address` 0 writes the whole flash form,
+ * else that address and the checksum. 0 also when the records agreed. */
+int ResSetAllParams(int devnum, ResDevInfo* rec, signed char mode, int only_address);
+
+/* Loads the saved record of a USB panel, which is opened and closed. By `mode`: 0 makes a working
+ * copy where there is none; 3 begins an edit: the defaults are saved where there is no record, the
+ * working copy is made, and the flash brought in line; 7 does the same without the copy; 4 only
+ * reads. */
+int ResGetAllParams(int devnum, ResDevInfo* rec, signed char mode);
+
+/* The same for serial panels: files alone. Saving knows modes 1, 2, 5 (as 2) and 6, loading 0, 3
+ * and 4. */
+int ResSerSetAllParams(int devnum, ResDevInfo* rec, signed char mode);
+int ResSerGetAllParams(int devnum, ResDevInfo* rec, signed char mode);
+
+/* Open a panel, save or load its record, close it. Saving returns 1 and saves nothing where the
+ * saved record and its working copy agree. Negative numbers return 0. */
+int SetCurrenAllParame(int devnum, ResDevInfo* rec);
+int GetCurrenAllParame(int devnum, ResDevInfo* rec);
+
+/* SetCurrenAllParame() with the defaults. */
+int ResRestoreDefault(int devnum);
+
+/* First-time set-up of a USB and of a serial panel: a saved record, the defaults where there is
+ * none, and the flash brought in line. The serial port stays open where the panel is refused. */
+int SetResDefaultFlash(int devnum);
+int SetSerDefaultFlash(int devnum);
+
+/* The saved record and the working copy. Writing the saved one notifies the X input driver, and both
+ * set `rec->Chksum`; reading leaves FirstMove as it is, and checks no checksum. */
+int GetResAllDataBin(int devnum, ResDevInfo* rec);
+int SetResAllDataBin(int devnum, ResDevInfo* rec);
+int GetResAllDataBinTemp(int devnum, ResDevInfo* rec);
+int SetResAllDataBinTemp(int devnum, ResDevInfo* rec);
+
+/* Writes the working copy back as it is: nothing is deleted. */
+int DelResAllDataBinTemp(int devnum);
+
+/* Whether both records are there with the same checksum; whether the open controller holds the
+ * checksum of this record. */
+int MatchResCheckSum(int devnum);
+int MatchResDevChksum(ResDevInfo* rec);
+
+/* Writes a record's flash form to the open controller, value by value, and sets `rec->Chksum`. For
+ * `only_address` see ResSetAllParams(). Returns 1, whatever came back. */
+int SetResAllDataFlash(int devnum, ResDevInfo* rec, unsigned int only_address);
+
+/* A record of a store file. Return 0 without a Phys or a record. */
+unsigned int ReadResAllDataBin(const char* file, unsigned int devnum, ResDevInfo* rec);
+unsigned int WriteResAllDataBin(const char* file, unsigned int devnum, ResDevInfo* rec);
+unsigned int CleanResAllDataBin(const char* file, unsigned int devnum);
+
+/* A record to its stored words (ZELKORA_RES_STORED_WORDS), and back; to the words of its flash form
+ * (ZELKORA_RES_FLASH_WORDS). Encoding sets rec->Chksum. */
+void ResParamaEncode(ResDevInfo* rec, unsigned int* words);
+void ResParamaDecode(ResDevInfo* rec, const unsigned int* words);
+void ResParamaEncodeFlash(ResDevInfo* rec, unsigned int* words);
+
+/* The 16-bit checksums of the first 16 stored, and of the first 10 flash words. */
+unsigned int GetCheckSumBin(const unsigned int* words);
+unsigned int GetCheckSumFlash(const int* words);
+
+/* ------------------------------------------------------------------------------------------
+ * Serial panels. A list in the data directory keeps what the last refresh found; enumeration reads
+ * it. Port names are bare, such as ttyS0, and at most 35 characters; names with characters other
+ * than letters, digits and "._/-", or with "..", are never opened, nor written to a file or command.
+ * ---------------------------------------------------------------------------------------- */
+
+/* Stops the attach daemons, searches all serial ports, starts the daemons of the panels found,
+ * rewrites the list and the boot files, and enumerates the USB panels. Takes seconds for each port.
+ * Returns DeviceNumber, or 1 at once when resistive panels are not supported. */
+int RefreshSerialDevice(void);
+
+/* Searches the serial ports that the kernel log mentions, and appends the panels found to the table.
+ * Returns 1 when there was one, else 0. */
+int FindMyttyDevice(void);
+
+/* Whether the kernel log mentions a port: 1 or 0. */
+int CheckSerialPortExist(const char* name);
+
+/* Reads the list into cMySerInfo. Returns the number of port names read, repeated ones counted. */
+int GetSerDevInfo(void);
+
+/* Appends the panels of the list to the table, with a saved record for each. Returns DeviceNumber; 0
+ * while serial support is switched off. */
+int GetSerialDevceNameConf(void);
+
+/* Writes the list from the table, then unit files, rc.local lines and the udev rule. Returns 6; 0
+ * when the table has no serial panel, or the list could not be written. */
+int SetSerialDeviceConf(void);
+
+/* The table entry of the serial panel whose Phys `name` contains, after appending the panels of the
+ * list; -1 when there is none. */
+int GetSerDeviceNumber(const char* name);
+
+/* Records a panel's firmware text in the list, under a number one lower than its own. */
+void UpdateSerFw(const char* phys, const char* fw);
+
+/* Take the port name out of a line of another configuration format - the first text between double
+ * quotes that holds "tty"; the text between type="string"> and </merge> - into the next free table
+ * entry, which does not count yet. Return 1, or 0 when there is none. */
+int GetSerialDeviceName(const char* text);
+int GetSerialDeviceNameFdi(const char* text);
+
+/* Opens a port by its path into fd, raw, 9600 baud, 8N1; the settings found go to oldtio. Returns 1,
+ * or 0. */
+int init_rs232touch(const char* path);
+
+/* Opens a port by its name and asks for a supported controller. Returns 1 with the port open on fd;
+ * 0: not opened, nobody there (the port stays open), or not supported (closed). */
+int OpenSerialDevice(const char* name);
+
+/* The process id of the attach daemon of panel `number`, counted from 1; 0 when none runs. */
+int GetPid(int number);
+
+/* Stop and start the attach daemon of panel `index`, counted from 0. Return 1 when the command
+ * failed - starting: also when the name is none of a tty - else 0. */
+int DisableRS232(int index);
+int EnableRS232(int index, const char* name);
+
+/* Write the daemon lines into /etc/rc.local and /etc/rc.d/rc.local, behind the line that loads the
+ * module; without such a line they are only removed, and a script that begins with it stays as it
+ * is. Return 0 when there is no such file, else 1. */
+int SetSerDevBootFile(void);
+int SetSerDevBootFile_rcd(void);
+
+/* Writes the udev rule, unless there is one. Returns 1 or 0. */
+int SetUdevRule(void);
+
+/* Creates the unit files that are not there, in the current directory. Returns 0, or 1 when one could
+ * not be created. */
+int CreateServiceFile(void);
+
+/* Switches the reports of all serial panels of the table off (`disable` other than 0) or back to what
+ * they were. Returns what the last SetReportMode() did, 0 when none was made. */
+int DisableRS232Report(int disable);
 
 /* ------------------------------------------------------------------------------------------
  * Screens, driver notifications, external tools. The screens and the notifications call Xlib and

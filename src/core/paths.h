@@ -16,6 +16,8 @@ inline constexpr char kXorgConf[] = "/opt/.touch_panel/X11/xorg.conf";
 // Parameter store files, and the list of serial numbers in the same form.
 inline constexpr char kPctRecords[] = "/opt/.touch_panel/.pctpbin";
 inline constexpr char kPctTemporaryRecords[] = "/opt/.touch_panel/.pctpbintmp";
+inline constexpr char kResistiveRecords[] = "/opt/.touch_panel/.restpbin";
+inline constexpr char kResistiveTemporaryRecords[] = "/opt/.touch_panel/.restpbintmp";
 inline constexpr char kPctSerialNumbers[] = "/opt/.touch_panel/.pctuniq";
 
 // Flag files: their mere existence switches a behaviour.
@@ -35,6 +37,15 @@ inline constexpr BootScript kBootScripts[] = {
     {"/etc/rc.d/rc.local.old", "/etc/rc.d/rc.local"},
     {"/etc/init.d/rc.local.old", "/etc/init.d/rc.local"},
 };
+
+// Where the attach daemons of serial panels are started from.
+inline constexpr char kRcLocal[] = "/etc/rc.local";
+inline constexpr char kRcLocalInRcD[] = "/etc/rc.d/rc.local";
+inline constexpr char kUdevRuleInEtc[] = "/etc/udev/rules.d/10-serialtouch.rules";
+inline constexpr char kUdevRuleInLib[] = "/lib/udev/rules.d/10-serialtouch.rules";
+
+// A copy of the kernel log, there while a port is looked for in it.
+inline constexpr char kKernelLog[] = "/opt/.touch_panel/tty.log";
 
 inline constexpr char kDev[] = "/dev";
 inline constexpr char kDevUsb[] = "/dev/usb";

@@ -34,9 +34,11 @@ class ScopedPointer {
 
 // Named functions, where a type in a header is to be the same everywhere.
 inline void close_file(FILE* file) { std::fclose(file); }
+inline void close_pipe(FILE* pipe) { ::pclose(pipe); }
 inline void close_directory(DIR* directory) { ::closedir(directory); }
 
 using ScopedFile = ScopedPointer<FILE, close_file>;
+using ScopedPipe = ScopedPointer<FILE, close_pipe>;  // of popen()
 using ScopedDir = ScopedPointer<DIR, close_directory>;
 
 class ScopedFd {

@@ -22,8 +22,6 @@ using zelkora::kTrace;
 
 namespace {
 
-using ScopedPipe = zelkora::ScopedPointer<FILE, [](FILE* pipe) { ::pclose(pipe); }>;
-
 constexpr size_t kCommandSize = 50;
 constexpr size_t kPidLine = 1024 + 1;
 constexpr useconds_t kServiceSettleUs = 100'000;
@@ -68,7 +66,7 @@ int ExecuteScrimble(int first, int second, const char* text) {
 int ExecuteMap(void) { return failed(std::system("/usr/local/bin/Tessaline")); }
 
 int GetTouchServicePid(int* pids) {
-  const ScopedPipe pipe(::popen("pidof pelvand", "r"));
+  const zelkora::ScopedPipe pipe(::popen("pidof pelvand", "r"));
   if (!pipe) return 0;
   char line[kPidLine];
   if (std::fgets(line, sizeof line, pipe.get()) == nullptr) return 0;

@@ -151,7 +151,13 @@ enum class Verdict { kEntered, kRefused, kRefusedLeftOpen };
 
 Verdict accept_resistive(int index) {
   device_type = ZELKORA_TYPE_RESISTIVE_USB;
-  return ChkResFW(index) != 0 ? Verdict::kEntered : Verdict::kRefused;
+  if (ChkResFW(index) == 0) return Verdict::kRefused;
+  ResDevInfo rec{};
+  if (GetResAllDataBin(index, &rec) == 0) {
+    GetResParamDefault(&rec);
+    SetResAllDataBin(index, &rec);
+  }
+  return Verdict::kEntered;
 }
 
 // Brings the serial number in the panel's flash up to date; the 8752 family tells and takes it in
@@ -276,7 +282,10 @@ int FindMyHidRawDevice(void) {
 int GetTouchPanels(int x) {
   start_enumeration(x);
   DebugMsg(kTrace, "GetTouchPanels--start\n");
-  if (MyConfig[ZELKORA_CONFIG_RESISTIVE] != 0) rManufCnt = get_Res_Manufacturer_list();
+  if (MyConfig[ZELKORA_CONFIG_RESISTIVE] != 0) {
+    rManufCnt = get_Res_Manufacturer_list();
+    GetSerialDevceNameConf();
+  }
   DebugMsg(kTrace, "GetTouchPanels---FindMyHidDevice\n");
   find_hid_devices();
   DebugMsg(kTrace, "GetTouchPanels DeviceNumber:%d---end\n", DeviceNumber);

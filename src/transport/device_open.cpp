@@ -17,6 +17,12 @@ int OpenTouchDevice(int index) {
 
   int opened = 0;
   switch (entry.Type) {
+    case ZELKORA_TYPE_RESISTIVE_SERIAL:
+      device_type = ZELKORA_TYPE_RESISTIVE_SERIAL;
+      DebugMsg(kTrace, "OpenTouchDevice---serial\n");
+      HidRaw = 0;
+      opened = OpenSerialDevice(entry.Name);
+      break;
     case ZELKORA_TYPE_PCT:
       // device_type stays as enumeration left it.
       HidRaw = entry.HidRaw;

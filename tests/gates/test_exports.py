@@ -26,11 +26,11 @@ C_LIBRARY = set(
     """
     close exit fchmod fchown ftruncate fsync ioctl lstat mkostemp open opendir closedir perror
     printf read readdir remove rename stat uname unlink usleep vprintf write
-    pclose popen system
-    fclose ferror fflush fgets fopen fprintf fputc fputs fread fwrite getc open_memstream putchar puts
-    snprintf stdout ungetc
+    pclose popen sleep system tcflush tcgetattr tcsetattr
+    fclose ferror fflush fgets fopen fprintf fputc fputs fread fwrite __getdelim getc getline open_memstream putchar puts
+    rewind snprintf stderr stdout ungetc
     bcmp free memchr memcmp memcpy memmove memset strchr strcpy strlen strncmp strnlen strpbrk
-    strrchr strstr strtok_r strtol
+    strrchr strstr strtok_r strtol strtoul
     """.split()
 )
 
