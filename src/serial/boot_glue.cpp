@@ -133,8 +133,8 @@ int SetUdevRule(void) {
       if (!name.is_safe()) return;
       std::fprintf(content.stream(),
                    "ACTION==\"add|change\", SUBSYSTEM==\"tty|pnp\", KERNEL==\"%s\", "
-                   "MODE:=\"0777\", \\n"
-                   "RUN+=\"/sbin/modprobe morlex\", \\n"
+                   "MODE:=\"0777\", \\\n"
+                   "RUN+=\"/sbin/modprobe morlex\", \\\n"
                    "TAG+=\"systemd\", ENV{SYSTEMD_WANTS}+=\"vastrel%d@%%k.service\"\n",
                    name.text, number);
     });
