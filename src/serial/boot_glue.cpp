@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "core/file_rewrite.h"
 #include "core/log.h"
@@ -61,9 +62,12 @@ std::optional<int> find_module_line(FILE* file) {
   return found;
 }
 
-void write_daemon_lines(FILE* out) {
-  for_each_serial_panel([out](int number, const PortName& name, const TouchDeviceEntry&) {
+// Behind a line that may be the file's last, without a line feed.
+void write_daemon_lines(FILE* out, std::string_view line) {
+  bool ended = line.ends_with('\n');
+  for_each_serial_panel([out, &ended](int number, const PortName& name, const TouchDeviceEntry&) {
     if (!name.is_safe()) return;
+    if (!std::exchange(ended, true)) std::fputc('\n', out);
     std::fprintf(out, "/usr/bin/vastrel%d -morlex --daemon /dev/%s\n", number, name.text);
   });
 }
@@ -74,7 +78,7 @@ bool write_script(FILE* script, int module_line, NewContent& content) {
   for (WholeLines lines(script); lines.next();) {
     if (is_daemon_line(lines.line())) continue;
     content.write(lines.line());
-    if (number++ == module_line) write_daemon_lines(content.stream());
+    if (number++ == module_line) write_daemon_lines(content.stream(), lines.line());
   }
   return std::ferror(script) == 0;
 }
