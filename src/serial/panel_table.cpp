@@ -82,8 +82,8 @@ int SetSerialDeviceConf(void) {
   int count = 0;
   zelkora::serial::for_each_serial_panel(
       [&list, &count](int number, const PortName& name, const TouchDeviceEntry& entry) {
-        count = number;
         if (!name.is_safe()) return;
+        ++count;
         std::fprintf(list.stream(), "SerialDevice%d=%s\nFW%d=", number, name.text, number);
         write_value(list.stream(), zelkora::field_text(entry.FWVersion));
         std::fputc('\n', list.stream());
