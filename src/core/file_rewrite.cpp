@@ -77,11 +77,27 @@ Outcome write_beside(const char* path, const struct stat& old, std::string_view 
   return Outcome::kDone;
 }
 
+// What a file has that is created now. Its owner and group are those that it gets by itself.
+struct stat new_file_status() {
+  struct stat status {};
+  const mode_t mask = umask(0);
+  umask(mask);
+  status.st_uid = static_cast<uid_t>(-1);
+  status.st_gid = static_cast<gid_t>(-1);
+  status.st_mode = 0666 & ~mask;
+  return status;
+}
+
 }  // namespace
 
 bool replace_file(const char* path, std::string_view content) {
   struct stat status;
   const bool existed = lstat(path, &status) == 0;
+  // A new file appears with its content: callers take one that is there for complete.
+  if (!existed && errno == ENOENT) {
+    const Outcome outcome = write_beside(path, new_file_status(), content);
+    if (outcome != Outcome::kForbidden) return outcome == Outcome::kDone;
+  }
   // Opened for writing first: a file that its user may not write stays as it is, even where its
   // directory would let it be replaced.
   const ScopedFd target(::open(path, O_WRONLY | O_CREAT | O_CLOEXEC, 0666));

@@ -13,7 +13,8 @@
 namespace zelkora {
 
 // Gives the file this content. The content goes to a temporary file beside it, with the owner and
-// mode of the old one, which then takes its place; a crash leaves the old or the new content.
+// mode of the old one, which then takes its place; a crash leaves the old or the new content, or no file where there was
+// none.
 // Where the directory forbids that, or the file is a symbolic link, it is written in place.
 // False: the file cannot be written and holds what it held (in place: a prefix may be new).
 bool replace_file(const char* path, std::string_view content);

@@ -163,6 +163,27 @@ TEST_F(FileRewriteTest, AFileThatWasNotThereIsNotLeftEmptyByAFailure) {
   EXPECT_FALSE(fs::exists(data_file("manuflist.conf")));
 }
 
+TEST_F(FileRewriteTest, AProcessKilledWhileItWritesANewFileLeavesNone) {
+  const int status = status_in_child([] {
+    const rlimit size = {0, 0};
+    const rlimit no_core = {0, 0};
+    if (setrlimit(RLIMIT_FSIZE, &size) != 0 || setrlimit(RLIMIT_CORE, &no_core) != 0) return 1;
+    set_Manufacturer_list(1);
+    return 0;
+  });
+  EXPECT_EQ(status, -SIGXFSZ);
+  EXPECT_FALSE(fs::exists(data_file("manuflist.conf")));
+}
+
+TEST_F(FileRewriteTest, ANewFileHasTheModeOfANewFile) {
+  const mode_t before = ::umask(027);
+  set_Manufacturer_list(1);
+  EXPECT_EQ(::umask(before), 027U);
+  const struct stat status = status_of(data_file("manuflist.conf"));
+  EXPECT_EQ(status.st_mode & 07777, 0640U);
+  EXPECT_EQ(status.st_uid, ::geteuid());
+}
+
 TEST_F(FileRewriteTest, AnInterruptedWriteIsTriedAgain) {
   fail_file_call("write", temporary_, EINTR);
   EXPECT_EQ(set_beep(path_), 1);
