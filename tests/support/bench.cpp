@@ -107,6 +107,11 @@ void Bench::unplug(const Panel& panel) {
   }
 }
 
+void Bench::unplug(const SerialPanel& panel) {
+  kernel.unplug(panel.attachment);
+  EXPECT_EQ(sim::remove_node_placeholder(panel.path), "");
+}
+
 void Bench::write_resistive_list(const std::string& text) {
   write_file(data_file("rmanuflist.conf"), text);
 }

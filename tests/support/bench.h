@@ -99,6 +99,7 @@ class Bench : public testing::Test {
   // Any device; the caller keeps it alive until the end of the test.
   int attach(sim::HidDevice& device, const sim::HidNodes& nodes);
   void unplug(const Panel& panel);
+  void unplug(const SerialPanel& panel);
   // The resistive list of product names, such that attach_resistive()'s panels are found.
   void write_resistive_list(const std::string& text = "Virtual Resistive\n");
   // Attaches a panel and opens it as entry 0 of the table; closed at the end of the test.
@@ -134,6 +135,8 @@ class Bench : public testing::Test {
   }
   // In a child process: kills it at that call, from 1 on, of those that change what is on disk.
   void kill_at_write_call(int count) { seams_.kill_at_write_call(count); }
+  // What else happens while the library waits: the other end of a real port answers.
+  void during_usleep(std::function<void()> effect) { seams_.during_usleep = std::move(effect); }
   termios& terminal(const std::string& path) { return seams_.terminals[path]; }
 
   // --- descriptors ---

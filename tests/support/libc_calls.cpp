@@ -112,6 +112,7 @@ ssize_t write(int descriptor, const void* bytes, size_t size) {
 int usleep(useconds_t microseconds) {
   if (Seams* seams = Seams::active()) {
     seams->trace.push_back("usleep " + std::to_string(microseconds));
+    if (seams->during_usleep) seams->during_usleep();
     return 0;
   }
   static const auto real = next<decltype(&::usleep)>("usleep");

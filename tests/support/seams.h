@@ -54,6 +54,7 @@ class Seams {
   bool any_command = false;            // commands without an answer succeed silently
   std::set<std::string> absent_nodes;  // may be opened in vain
   std::map<std::string, termios> terminals;
+  std::function<void()> during_usleep;  // what else happens while the library waits
 
   // Makes the call (by name, such as "fopen") on a path fail with the error, once `skipped` such
   // calls went through. A path that ends in "*" stands for all that begin like it.
