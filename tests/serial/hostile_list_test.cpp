@@ -191,6 +191,7 @@ TEST_F(HostileListTest, FirmwareTextsMakeNoLinesAndNoFormats) {
       {"format characters", "V%s%n%d", "V%s%n%d"},
       {"an escape character", "V1\x1b[2J", "V1"},
       {"a high byte", "V1\xff", "V1"},
+      {"a delete character", "V1\x7f", "V1"},
       {"a NUL first", "", ""},
       {"shell characters are text there", "V1;$(x)", "V1;$(x)"},
   };

@@ -197,4 +197,30 @@ TEST_F(PanelListTest, AFullTableTakesNoName) {
   EXPECT_EQ(messages(), Lines{});
 }
 
+TEST_F(PanelListTest, ANewFirmwareTextGoesUnderANumberOneTooLow) {
+  struct Row {
+    const char* phys;
+    const char* firmware;
+    std::string before;
+    std::string after;
+  };
+  const std::string names = "SerialDevice1=ttyS0\nSerialDevice2=ttyS1\n";
+  const Row rows[] = {
+      {"/dev/ttyS1", "V2.0", names + "FW1=V1.1\nFW2=V1.2\n", names + "FW1=V2.0\nFW2=V1.2\n"},
+      {"ttyS0", "V2.0", names + "FW1=V1.1\nFW2=V1.2\n", names + "FW1=V1.1\nFW2=V1.2\n"},
+      {"ttyS0", "V2.0", names + "FW0=V1.0\nFW1=V1.1\n", names + "FW0=V2.0\nFW1=V1.1\n"},
+      {"ttyS1", "V1", names + "FW1=V1.1\nFW2=V1.2\n", names + "FW1=V1.1\nFW2=V1.2\n"},
+      {"ttyS2", "V2.0", names + "FW1=V1.1\nFW2=V1.2\n", names + "FW1=V1.1\nFW2=V1.2\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.phys);
+    std::memset(cMySerInfo, 0, sizeof cMySerInfo);
+    write_file(kSerialListPath, row.before);
+    clear_trace();
+    UpdateSerFw(row.phys, row.firmware);
+    EXPECT_EQ(read_file(kSerialListPath), row.after);
+    EXPECT_EQ(messages().front(), "zelkora DD:UpdateSerFw\n");
+  }
+}
+
 }  // namespace

@@ -251,4 +251,11 @@ TEST_F(PanelTableTest, APanelThatIsNotListedHasNoNumber) {
   EXPECT_EQ(messages().back(), "zelkora DD:GetSerDeviceNumber ret:0\n");
 }
 
+TEST_F(PanelTableTest, SwitchedOffSerialSupportHasNoNumbers) {
+  write_file(data_file(".disable_rs232"), "");
+  set_entries({"ttyS0"});
+  EXPECT_EQ(GetSerDeviceNumber("ttyS0"), -1);
+  EXPECT_EQ(messages().back(), "zelkora DD:GetSerDeviceNumber ret:0\n");
+}
+
 }  // namespace

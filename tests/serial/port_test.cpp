@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "discovery/discovery_bench.h"
 #include "serial_bench.h"
 
 namespace {
@@ -69,6 +70,15 @@ TEST_F(SerialPortTest, APortThatCannotBeOpenedLeavesANegativeDescriptor) {
   EXPECT_EQ(fd, -1);
   EXPECT_EQ(trace(), Lines{"open /dev/ttyS0 O_RDWR|O_NONBLOCK|O_NOCTTY -> EIO"});
   EXPECT_EQ(std::memcmp(&oldtio, &before, sizeof before), 0);
+}
+
+TEST_F(SerialPortTest, DescriptorZeroIsAnOpenPort) {
+  attach_serial();
+  const WithoutStandardInput closed;
+  EXPECT_EQ(init_rs232touch("/dev/ttyS0"), 1);
+  EXPECT_EQ(fd, 0);
+  ::close(fd);
+  fd = -1;
 }
 
 TEST_F(SerialPortTest, NothingRestoresTheSettingsThatWereFound) {
