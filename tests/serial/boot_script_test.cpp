@@ -46,74 +46,76 @@ INSTANTIATE_TEST_SUITE_P(Both, BootScriptTest,
 constexpr char kS0[] = "/usr/bin/vastrel1 -morlex --daemon /dev/ttyS0\n";
 constexpr char kUsb1[] = "/usr/bin/vastrel2 -morlex --daemon /dev/ttyUSB1\n";
 
+struct Rewrite {
+  const char* name;
+  std::string before;
+  std::vector<std::string> ports;
+  std::string after;
+};
+const std::string kHead = "#!/bin/sh\n";
+const std::string kModule = "modprobe morlex\n";
+const std::string kBoth = std::string(kS0) + kUsb1;
+const std::string kStale = "/usr/bin/vastrel7 -morlex --daemon /dev/ttyS9\n";
+const std::vector<std::string> kTwo = {"ttyS0", "ttyUSB1"};
+const std::vector<Rewrite> kRewrites = {
+    {"module third", kHead + "a\n" + kModule + "exit 0\n", kTwo,
+     kHead + "a\n" + kModule + kBoth + "exit 0\n"},
+    {"module second", kHead + kModule, {"ttyS0"}, kHead + kModule + kS0},
+    {"module first: left alone", kModule + kStale + "exit 0\n", kTwo,
+     kModule + kStale + "exit 0\n"},
+    {"module first but for daemon lines: left alone", kStale + kModule + "x\n", kTwo,
+     kStale + kModule + "x\n"},
+    {"no module: daemon lines go", kHead + kStale + "exit 0\n" + kStale, kTwo, kHead + "exit 0\n"},
+    {"module twice: behind the last", kHead + kModule + "b\n" + kModule + "c\n", kTwo,
+     kHead + kModule + "b\n" + kModule + kBoth + "c\n"},
+    {"module first and third: behind the last", kModule + "b\n" + kModule, kTwo,
+     kModule + "b\n" + kModule + kBoth},
+    {"old daemon lines everywhere", kHead + kStale + kModule + kUsb1 + "d\n" + kStale, kTwo,
+     kHead + kModule + kBoth + "d\n"},
+    {"the module inside a line",
+     kHead + "  /sbin/modprobe morlex || true # x\n",
+     {"ttyS0"},
+     kHead + "  /sbin/modprobe morlex || true # x\n" + kS0},
+    {"the module in a comment",
+     kHead + "#modprobe morlex\n",
+     {"ttyS0"},
+     kHead + "#modprobe morlex\n" + kS0},
+    {"a daemon line that loads the module goes", kHead + "vastrel; modprobe morlex\nx\n", kTwo,
+     kHead + "x\n"},
+    {"another module", kHead + "modprobe  morlex\nmodprobe morle\n", kTwo,
+     kHead + "modprobe  morlex\nmodprobe morle\n"},
+    {"no panels", kHead + kStale + kModule + kStale, {}, kHead + kModule},
+    {"an entry of another kind is no panel",
+     kHead + kModule,
+     {"hiddev0", "ttyS0"},
+     kHead + kModule + kS0},
+    {"an empty script", "", kTwo, ""},
+    {"no line feed at the end",
+     kHead + kModule + "exit 0",
+     {"ttyS0"},
+     kHead + kModule + kS0 + "exit 0"},
+    {"no line feed behind the module", kHead + "modprobe morlex", kTwo, kHead + kModule + kBoth},
+    {"no line feed behind the module, no panels",
+     kHead + "modprobe morlex",
+     {},
+     kHead + "modprobe morlex"},
+    {"a last daemon line without a line feed",
+     kHead + kModule + "vastrel",
+     {"ttyS0"},
+     kHead + kModule + kS0},
+    {"carriage returns",
+     "#!\r\nmodprobe morlex\r\nexit\r\n",
+     {"ttyS0"},
+     "#!\r\nmodprobe morlex\r\n" + std::string(kS0) + "exit\r\n"},
+    {"empty lines", "\n\n" + kModule + "\n\n", {"ttyS0"}, "\n\n" + kModule + kS0 + "\n\n"},
+    {"format characters",
+     "%s%n\n" + kModule + "%d\n",
+     {"ttyS0"},
+     "%s%n\n" + kModule + kS0 + "%d\n"},
+};
+
 TEST_P(BootScriptTest, DaemonLinesStandBehindTheModuleAndNowhereElse) {
-  struct Row {
-    const char* name;
-    std::string before;
-    std::vector<std::string> ports;
-    std::string after;
-  };
-  const std::string head = "#!/bin/sh\n";
-  const std::string module = "modprobe morlex\n";
-  const std::string both = std::string(kS0) + kUsb1;
-  const std::string stale = "/usr/bin/vastrel7 -morlex --daemon /dev/ttyS9\n";
-  const std::vector<std::string> two = {"ttyS0", "ttyUSB1"};
-  const Row rows[] = {
-      {"module third", head + "a\n" + module + "exit 0\n", two,
-       head + "a\n" + module + both + "exit 0\n"},
-      {"module second", head + module, {"ttyS0"}, head + module + kS0},
-      {"module first: left alone", module + stale + "exit 0\n", two, module + stale + "exit 0\n"},
-      {"module first but for daemon lines: left alone", stale + module + "x\n", two,
-       stale + module + "x\n"},
-      {"no module: daemon lines go", head + stale + "exit 0\n" + stale, two, head + "exit 0\n"},
-      {"module twice: behind the last", head + module + "b\n" + module + "c\n", two,
-       head + module + "b\n" + module + both + "c\n"},
-      {"module first and third: behind the last", module + "b\n" + module, two,
-       module + "b\n" + module + both},
-      {"old daemon lines everywhere", head + stale + module + kUsb1 + "d\n" + stale, two,
-       head + module + both + "d\n"},
-      {"the module inside a line",
-       head + "  /sbin/modprobe morlex || true # x\n",
-       {"ttyS0"},
-       head + "  /sbin/modprobe morlex || true # x\n" + kS0},
-      {"the module in a comment",
-       head + "#modprobe morlex\n",
-       {"ttyS0"},
-       head + "#modprobe morlex\n" + kS0},
-      {"a daemon line that loads the module goes", head + "vastrel; modprobe morlex\nx\n", two,
-       head + "x\n"},
-      {"another module", head + "modprobe  morlex\nmodprobe morle\n", two,
-       head + "modprobe  morlex\nmodprobe morle\n"},
-      {"no panels", head + stale + module + stale, {}, head + module},
-      {"an entry of another kind is no panel",
-       head + module,
-       {"hiddev0", "ttyS0"},
-       head + module + kS0},
-      {"an empty script", "", two, ""},
-      {"no line feed at the end",
-       head + module + "exit 0",
-       {"ttyS0"},
-       head + module + kS0 + "exit 0"},
-      {"no line feed behind the module", head + "modprobe morlex", two, head + module + both},
-      {"no line feed behind the module, no panels",
-       head + "modprobe morlex",
-       {},
-       head + "modprobe morlex"},
-      {"a last daemon line without a line feed",
-       head + module + "vastrel",
-       {"ttyS0"},
-       head + module + kS0},
-      {"carriage returns",
-       "#!\r\nmodprobe morlex\r\nexit\r\n",
-       {"ttyS0"},
-       "#!\r\nmodprobe morlex\r\n" + std::string(kS0) + "exit\r\n"},
-      {"empty lines", "\n\n" + module + "\n\n", {"ttyS0"}, "\n\n" + module + kS0 + "\n\n"},
-      {"format characters",
-       "%s%n\n" + module + "%d\n",
-       {"ttyS0"},
-       "%s%n\n" + module + kS0 + "%d\n"},
-  };
-  for (const Row& row : rows) {
+  for (const Rewrite& row : kRewrites) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(rewritten(row.before, row.ports), row.after);
     // Again, nothing changes any more.

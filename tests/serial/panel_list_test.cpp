@@ -37,44 +37,46 @@ TEST_F(PanelListTest, FourPanelsFillTheSlotsAndAreLoggedWithTheirFirmware) {
                                 "Device[2]:ttyUSB0 FW:V2.2", "Device[3]:ttyS10 FW:V2.3"}));
 }
 
+std::string repeated_line(int count, const std::string& line) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += line;
+  return text;
+}
+
+struct ListRow {
+  const char* name;
+  std::string text;
+  int count;
+  std::string port;  // of slot 0
+  std::string firmware;
+};
+const std::vector<ListRow> kLists = {
+    {"nothing", "", 0, "", ""},
+    {"a firmware alone is no panel", "FW1=V1\n", 0, "", "V1"},
+    {"a path stays a path", "SerialDevice1=/dev/ttyS0\nFW1=V2.1\n", 1, "/dev/ttyS0", "V2.1"},
+    {"a key is found inside a line", "# my SerialDevice1 = ttyS0\n", 1, " ttyS0", ""},
+    {"a fifth panel is ignored", "SerialDevice5=ttyS5\nFW5=V5\n", 0, "", ""},
+    {"a twelfth counts as the first", "SerialDevice12=ttyS9\n", 1, "ttyS9", ""},
+    {"a number 0 is none", "SerialDevice0=ttyS0\n", 0, "", ""},
+    {"a repeated key counts twice, the last value stays", "SerialDevice1=ttyS0\nSerialDevice1=S1\n",
+     2, "S1", ""},
+    {"eleven repetitions count eleven times", repeated_line(11, "SerialDevice1=ttyS0\n"), 11,
+     "ttyS0", ""},
+    {"the last line loses a character without a line feed", "SerialDevice1=ttyS0", 1, "ttyS", ""},
+    {"a carriage return stays", "SerialDevice1=ttyS0\r\n", 1, "ttyS0\r", ""},
+    {"no value", "SerialDevice1=\nFW1=\n", 1, "", ""},
+    {"no equals sign", "SerialDevice1\n", 1, "", ""},
+    {"a value with an equals sign", "SerialDevice1=a=b\n", 1, "a=b", ""},
+    {"capital letters matter", "serialdevice1=ttyS0\nfw1=V1\n", 0, "", ""},
+    {"a long name is cut", "SerialDevice1=" + std::string(200, 'n') + "\n", 1, std::string(35, 'n'),
+     ""},
+    {"a long firmware text is cut", "FW1=" + std::string(200, 'v') + "\n", 0, "",
+     std::string(19, 'v')},
+    {"format characters are text", "SerialDevice1=%s%n%x\nFW1=%d%s%n\n", 1, "%s%n%x", "%d%s%n"},
+};
+
 TEST_F(PanelListTest, KeysAndValuesAreFoundAsTheyAlwaysWere) {
-  struct Row {
-    const char* name;
-    std::string text;
-    int count;
-    std::string port;  // of slot 0
-    std::string firmware;
-  };
-  const Row rows[] = {
-      {"nothing", "", 0, "", ""},
-      {"a firmware alone is no panel", "FW1=V1\n", 0, "", "V1"},
-      {"a path stays a path", "SerialDevice1=/dev/ttyS0\nFW1=V2.1\n", 1, "/dev/ttyS0", "V2.1"},
-      {"a key is found inside a line", "# my SerialDevice1 = ttyS0\n", 1, " ttyS0", ""},
-      {"a fifth panel is ignored", "SerialDevice5=ttyS5\nFW5=V5\n", 0, "", ""},
-      {"a twelfth counts as the first", "SerialDevice12=ttyS9\n", 1, "ttyS9", ""},
-      {"a number 0 is none", "SerialDevice0=ttyS0\n", 0, "", ""},
-      {"a repeated key counts twice, the last value stays",
-       "SerialDevice1=ttyS0\nSerialDevice1=S1\n", 2, "S1", ""},
-      {"eleven repetitions count eleven times",
-       [] {
-         std::string text;
-         for (int i = 0; i < 11; ++i) text += "SerialDevice1=ttyS0\n";
-         return text;
-       }(),
-       11, "ttyS0", ""},
-      {"the last line loses a character without a line feed", "SerialDevice1=ttyS0", 1, "ttyS", ""},
-      {"a carriage return stays", "SerialDevice1=ttyS0\r\n", 1, "ttyS0\r", ""},
-      {"no value", "SerialDevice1=\nFW1=\n", 1, "", ""},
-      {"no equals sign", "SerialDevice1\n", 1, "", ""},
-      {"a value with an equals sign", "SerialDevice1=a=b\n", 1, "a=b", ""},
-      {"capital letters matter", "serialdevice1=ttyS0\nfw1=V1\n", 0, "", ""},
-      {"a long name is cut", "SerialDevice1=" + std::string(200, 'n') + "\n", 1,
-       std::string(35, 'n'), ""},
-      {"a long firmware text is cut", "FW1=" + std::string(200, 'v') + "\n", 0, "",
-       std::string(19, 'v')},
-      {"format characters are text", "SerialDevice1=%s%n%x\nFW1=%d%s%n\n", 1, "%s%n%x", "%d%s%n"},
-  };
-  for (const Row& row : rows) {
+  for (const ListRow& row : kLists) {
     SCOPED_TRACE(row.name);
     std::memset(cMySerInfo, 0, sizeof cMySerInfo);
     EXPECT_EQ(read_list(row.text), row.count);

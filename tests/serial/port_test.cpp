@@ -189,40 +189,41 @@ TEST_F(SerialPortTest, TheLongestNameIsOpened) {
   EXPECT_EQ(OpenSerialDevice(name.c_str()), 1);
 }
 
+struct CommandRow {
+  const char* name;
+  void (*command)();
+};
+const std::vector<CommandRow> kCommands = {
+    {"firmware",
+     [] {
+       char text[20];
+       GetFirmware(text);
+     }},
+    {"calibration", [] { EnterCalibMode(); }},
+    {"permanent", [] { PermanentParameter(); }},
+    {"reset", [] { ResetController(); }},
+    {"read a value", [] { ReadEEPValue(84); }},
+    {"write a value", [] { WriteEEPValue(86, 1); }},
+    {"report mode", [] { SetReportMode(3); }},
+    {"report mode read", [] { GetReportMode(); }},
+    {"beep", [] { SetBeepOn(0); }},
+    {"frequency", [] { SetFrequency(0x1234); }},
+    {"read a page",
+     [] {
+       unsigned char page[40]{};
+       AXI_ReadEEPValue(2, page);
+     }},
+    {"write a page",
+     [] {
+       unsigned char page[40]{1, 0x0D, 3};
+       AXI_WriteEEPValue(1, page);
+     }},
+};
+
 // The bytes that a command sends are the same on both carriers.
 TEST_F(SerialPortTest, SerialFramesAreThoseOfUsb) {
-  struct Row {
-    const char* name;
-    void (*command)();
-  };
-  const Row rows[] = {
-      {"firmware",
-       [] {
-         char text[20];
-         GetFirmware(text);
-       }},
-      {"calibration", [] { EnterCalibMode(); }},
-      {"permanent", [] { PermanentParameter(); }},
-      {"reset", [] { ResetController(); }},
-      {"read a value", [] { ReadEEPValue(84); }},
-      {"write a value", [] { WriteEEPValue(86, 1); }},
-      {"report mode", [] { SetReportMode(3); }},
-      {"report mode read", [] { GetReportMode(); }},
-      {"beep", [] { SetBeepOn(0); }},
-      {"frequency", [] { SetFrequency(0x1234); }},
-      {"read a page",
-       [] {
-         unsigned char page[40]{};
-         AXI_ReadEEPValue(2, page);
-       }},
-      {"write a page",
-       [] {
-         unsigned char page[40]{1, 0x0D, 3};
-         AXI_WriteEEPValue(1, page);
-       }},
-  };
   SerialPanel& serial = attach_serial();
-  for (const Row& row : rows) {
+  for (const CommandRow& row : kCommands) {
     SCOPED_TRACE(row.name);
     Panel& usb = open_resistive();
     row.command();
