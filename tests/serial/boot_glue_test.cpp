@@ -179,6 +179,34 @@ TEST_F(BootGlueTest, AProcessKilledWhileItWritesAUnitLeavesNone) {
   EXPECT_FALSE(fs::exists("vastrel1@.service")) << "a unit that is there is never written again";
 }
 
+TEST_F(BootGlueTest, AProcessKilledAtAnyCallLeavesWholeFilesOrNone) {
+  struct Row {
+    std::string path;
+    int (*create)();
+    const char* text;
+  };
+  const Row rows[] = {{kUdevRule, SetUdevRule, kRuleOfS0},
+                      {"vastrel1@.service", CreateServiceFile, kUnit1}};
+  set_entries({"ttyS0"});
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.path);
+    int kills = 0;
+    for (int status = -SIGKILL; status == -SIGKILL && kills < 100; ++kills) {
+      SCOPED_TRACE(kills);
+      fs::remove(row.path);
+      status = status_in_child([&] {
+        kill_at_write_call(kills + 1);
+        return row.create();
+      });
+      const bool whole = fs::exists(row.path) && read_file(row.path) == row.text;
+      EXPECT_TRUE(whole || !fs::exists(row.path));
+      EXPECT_TRUE(whole || status == -SIGKILL);
+    }
+    EXPECT_GT(kills, 3);
+    EXPECT_LT(kills, 100);
+  }
+}
+
 TEST_F(BootGlueTest, NewFilesHaveTheModeOfTheProcess) {
   set_entries({"ttyS0"});
   struct Row {

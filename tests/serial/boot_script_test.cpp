@@ -239,6 +239,26 @@ TEST_P(BootScriptTest, AProcessKilledInTheMiddleOfARewriteLeavesTheOldScript) {
   EXPECT_EQ(read_file(path()), text);
 }
 
+TEST_P(BootScriptTest, AProcessKilledAtAnyCallLeavesTheOldOrTheNewScript) {
+  const std::string old = "#\nmodprobe morlex\nvastrel\n";
+  const std::string changed = "#\nmodprobe morlex\n" + std::string(kS0);
+  int kills = 0;
+  for (int status = -SIGKILL; status == -SIGKILL && kills < 100; ++kills) {
+    SCOPED_TRACE(kills);
+    set_entries({"ttyS0"});
+    write_file(path(), old);
+    status = status_in_child([&] {
+      kill_at_write_call(kills + 1);
+      return rewrite();
+    });
+    const std::string found = read_file(path());
+    EXPECT_TRUE(found == old || found == changed) << found;
+    EXPECT_TRUE(status == -SIGKILL || found == changed);
+  }
+  EXPECT_GT(kills, 3);
+  EXPECT_LT(kills, 100);
+}
+
 TEST_P(BootScriptTest, NamesThatFillTheirFieldAreLeftOutAndKeepTheirNumber) {
   set_entries({"ttyS0", "x", "ttyS2"});
   std::memset(TouchDevice[1].Name, 't', sizeof TouchDevice[1].Name);
