@@ -123,6 +123,8 @@ TEST_F(ApplyTest, TheChecksumAtAddress91IsHeldAgainstTheRecords) {
   const MatchRow rows[] = {
       {"Equal", 0x6748, 1, "26440"},
       {"Different", 0x6747, 0, "26439"},
+      {"HighByteDifferent", 0x6648, 0, "26184"},
+      {"AllOnes", 0xFFFF, 0, "65535"},
       {"Zero", 0, 0, "0"},
       {"NoAnswer", std::nullopt, 0, "-1"},
   };

@@ -223,6 +223,7 @@ TEST_F(EepromWriteTest, AContentThatDoesNotAddUpIsRefusedBeforeThePanelIsTouched
       {"Empty", ""},
       {"ZerosWithoutASum", std::string(130, '\0')},
       {"SumIsMissing", good.substr(0, 128)},
+      {"ZerosWhoseSumIsMissing", std::string(128, '\0')},
       {"HalfOfTheSumIsMissing", good.substr(0, 129)},
       {"OneByteShort", good.substr(1)},
   };
@@ -328,6 +329,13 @@ TEST_P(EepromWriteFailureTest, EndsItWithThePagesWrittenSoFar) {
     return Bytes(bytes.begin() + static_cast<ptrdiff_t>(done) + 32, bytes.end());
   };
   EXPECT_EQ(behind(eeprom()), behind(sample_eeprom()));
+}
+
+TEST_F(EepromWriteTest, APageOfZerosThatCannotBeReadBackDoesNotPass) {
+  write_file(path, image_file(Bytes(128)));
+  panel.unreadable_page = 2;
+  EXPECT_EQ(write(), 0);
+  EXPECT_EQ(said().back(), "Write EEPROM fail.\n");
 }
 
 TEST_F(EepromWriteTest, APageOfTheSameSumPasses) {
