@@ -45,6 +45,15 @@ constexpr Key<ResistiveFaults> kResistiveKeys[] = {
     {"stores", "VALUE", "0..65535", "stores VALUE whatever is written", set_stored},
 };
 
+constexpr Key<ResistiveFaults> kSerialKeys[] = {
+    {"streaming", "", "", "sends coordinates instead of replies",
+     [](ResistiveFaults& faults, View) { return faults.streaming = true; }},
+    {"streamed-reports", "COUNT", kCounts, "sends coordinates COUNT times, then replies",
+     kResistiveCount<&ResistiveFaults::streamed_reports>},
+    {"failed-opens", "COUNT", kCounts, "fails to open COUNT times, with EIO",
+     kResistiveCount<&ResistiveFaults::failed_opens>},
+};
+
 template <unsigned PctFaults::*kCounter>
 constexpr auto kPctCount = set_count<PctFaults, kCounter>;
 
@@ -80,7 +89,13 @@ std::optional<std::string> apply_fault(std::string_view text, PctFaults& faults)
   return apply_key(kPctKeys, text, faults);
 }
 
+std::optional<std::string> apply_serial_fault(std::string_view text, ResistiveFaults& faults) {
+  return apply_key(kSerialKeys, text, faults);
+}
+
 void append_resistive_fault_help(std::string& text) { append_help(text, kResistiveKeys); }
+
+void append_serial_fault_help(std::string& text) { append_help(text, kSerialKeys); }
 
 void append_pct_fault_help(std::string& text) { append_help(text, kPctKeys); }
 

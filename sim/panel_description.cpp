@@ -33,6 +33,8 @@ constexpr Kind kKinds[] = {
      [] { return make_pct(PctController::kFirmware8752, 0x8752); }},
     {"pct8753", "2575:8753, Zelkora Virtual PCT, firmware 87530190",
      [] { return make_pct(PctController::kFirmware8753, 0x8753); }},
+    {"serial", "a resistive panel on a serial port, firmware V1.2",
+     [] { return PanelDescription{.controller = SerialDescription{}}; }},
 };
 
 std::string kind_names() {
@@ -70,6 +72,13 @@ bool set_nodes(PanelDescription& panel, View value) {
 }
 
 constexpr Key<PanelDescription> kPanelKeys[] = {
+    {"mode", "MODE", "octal, 000..777", "permissions of all its nodes, octal (0600)",
+     [](PanelDescription& panel, View value) {
+       return set_mode(panel.mode, value) && set_mode(panel.hiddev_mode, value);
+     }},
+};
+
+constexpr Key<PanelDescription> kUsbKeys[] = {
     {"id", "VVVV:PPPP", "hexadecimal", "USB vendor and product, hexadecimal", set_id},
     {"maker", "TEXT", "not empty", "manufacturer",
      [](PanelDescription& panel, View value) {
@@ -83,10 +92,6 @@ constexpr Key<PanelDescription> kPanelKeys[] = {
      "the nodes it has: hiddev, hidraw or both (both)", set_nodes},
     {"hiddev-mode", "MODE", "octal, 000..777", "permissions of the hiddev node, octal (0600)",
      [](PanelDescription& panel, View value) { return set_mode(panel.hiddev_mode, value); }},
-    {"mode", "MODE", "octal, 000..777", "permissions of all its nodes, octal (0600)",
-     [](PanelDescription& panel, View value) {
-       return set_mode(panel.mode, value) && set_mode(panel.hiddev_mode, value);
-     }},
 };
 
 bool set_word(ResistiveDescription& panel, unsigned address, View value) {
@@ -104,6 +109,24 @@ constexpr Key<ResistiveDescription> kResistiveKeys[] = {
      }},
     {"beep", "VALUE", "0..65535", "the same as word86",
      [](ResistiveDescription& panel, View value) { return set_word(panel, kBeepAddress, value); }},
+};
+
+bool set_port(SerialDescription& panel, View value) {
+  for (const View prefix : {View("ttyS"), View("ttyUSB")}) {
+    if (!value.starts_with(prefix)) continue;
+    const View number = value.substr(prefix.size());
+    if (!parse_digits(number, 10, 255) || (number.size() > 1 && number[0] == '0')) continue;
+    panel.port = value;
+    return true;
+  }
+  return false;
+}
+
+constexpr Key<SerialDescription> kSerialKeys[] = {
+    {"port", "NAME", "ttyS0..ttyS255 or ttyUSB0..ttyUSB255",
+     "its node below /dev, as ttyS0 or ttyUSB0 (the first free ttyS)", set_port},
+    {"new-generation", "", "", "answers for itself as newer controllers do",
+     [](SerialDescription& panel, View) { return panel.new_generation = true; }},
 };
 
 bool set_firmware(PctDescription& panel, View value) {
@@ -163,6 +186,12 @@ std::optional<std::string> apply_own_piece(View piece, ResistiveDescription& pan
   return quoted(piece) + ": expected word0=0 to word255=65535";
 }
 
+std::optional<std::string> apply_own_piece(View piece, SerialDescription& panel) {
+  if (auto problem = apply_key(kSerialKeys, piece, panel)) return problem;
+  if (auto problem = apply_serial_fault(piece, panel.faults)) return problem;
+  return apply_own_piece(piece, static_cast<ResistiveDescription&>(panel));
+}
+
 std::optional<std::string> apply_own_piece(View piece, PctDescription& panel) {
   if (auto problem = apply_key(kPctKeys, piece, panel)) return problem;
   return apply_fault(piece, panel.faults);
@@ -170,6 +199,9 @@ std::optional<std::string> apply_own_piece(View piece, PctDescription& panel) {
 
 std::string apply_piece(View piece, View kind, PanelDescription& panel) {
   if (auto problem = apply_key(kPanelKeys, piece, panel)) return *problem;
+  if (!is_serial(panel)) {
+    if (auto problem = apply_key(kUsbKeys, piece, panel)) return *problem;
+  }
   const auto problem =
       std::visit([&](auto& own) { return apply_own_piece(piece, own); }, panel.controller);
   if (problem) return *problem;
@@ -199,10 +231,15 @@ std::string panel_help() {
   for (const Kind& kind : kKinds) append_help_line(text, std::string(kind.name), kind.help);
   text += "Keys of every panel:\n";
   append_help(text, kPanelKeys);
-  text += "Keys of resistive panels:\n";
+  text += "Keys of every panel on USB:\n";
+  append_help(text, kUsbKeys);
+  text += "Keys of resistive panels, serial ones included:\n";
   append_help(text, kResistiveKeys);
   append_help_line(text, "wordADDRESS=VALUE", "the 16-bit value stored at ADDRESS, 0..255");
   append_resistive_fault_help(text);
+  text += "Keys of serial panels:\n";
+  append_help(text, kSerialKeys);
+  append_serial_fault_help(text);
   text += "Keys of pct8752 and pct8753 panels:\n";
   append_help(text, kPctKeys);
   append_pct_fault_help(text);

@@ -26,6 +26,12 @@ struct ResistiveDescription {
   ResistiveFaults faults;
 };
 
+// A resistive panel on a serial port.
+struct SerialDescription : ResistiveDescription {
+  std::string port;             // "ttyS0"; empty: the first one that is free
+  bool new_generation = false;  // how it answers when it is asked whether it is there
+};
+
 struct PctDescription {
   uint32_t firmware = PctController::kFirmware8753;  // tells the family, too
   unsigned pos_mode = 1;
@@ -35,15 +41,20 @@ struct PctDescription {
 };
 
 struct PanelDescription {
+  // Who it is on USB; a serial panel is not there, and has none of the nodes below.
   UsbIdentity identity{0x3A4C, 0x1688, "Zelkora", "Virtual Resistive"};
-  std::variant<ResistiveDescription, PctDescription> controller = {};
+  std::variant<ResistiveDescription, PctDescription, SerialDescription> controller = {};
   bool on_hiddev = true;
   bool on_hidraw = true;
   mode_t hiddev_mode = 0600;
   mode_t mode = 0600;  // of the other nodes
 };
 
-// Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1`. A value with a comma stands
+inline bool is_serial(const PanelDescription& panel) {
+  return std::holds_alternative<SerialDescription>(panel.controller);
+}
+
+// Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1` or `serial,port=ttyS0`. A value with a comma stands
 // in double quotes. Returns what is wrong with it, or an empty text.
 std::string parse_panel(std::string_view text, PanelDescription& panel);
 

@@ -119,10 +119,16 @@ Answer set_firmware(PctController& controller, Words words) {
   return {};
 }
 
+// --- Panels on a serial port
+
+Answer line_settings(ResistiveSerial& port, Words) {
+  return line(port.settings() ? describe(*port.settings()) : "untouched");
+}
+
 // --- Panels of every kind
 
-Answer usb_id(VirtualPanel& panel, Words) {
-  const UsbIdentity& identity = panel.usb().identity();
+Answer usb_id(HidDevice& panel, Words) {
+  const UsbIdentity& identity = panel.identity();
   return line(usb_id_text(identity.vendor, identity.product));
 }
 
@@ -152,8 +158,11 @@ Answer silent(VirtualPanel& panel, Words words) {
 }
 
 Answer fault(VirtualPanel& panel, Words words) {
-  const auto problem = panel.pct() ? apply_fault(words[0], panel.pct()->faults)
-                                   : apply_fault(words[0], panel.resistive()->faults);
+  auto problem = panel.pct() ? apply_fault(words[0], panel.pct()->faults)
+                             : apply_fault(words[0], panel.resistive()->faults);
+  if (!problem && panel.serial()) {
+    problem = apply_serial_fault(words[0], panel.resistive()->faults);
+  }
   if (!problem) return usage(quoted(words[0]) + " is no fault of a panel of this kind");
   return problem->empty() ? Answer() : usage(*problem);
 }
@@ -167,6 +176,7 @@ Answer unplug(PluggedPanels& panels, size_t number) {
 
 // What a query needs of the panel it is put to.
 using Run = std::variant<Answer (*)(ResistiveController&, Words), Answer (*)(PctController&, Words),
+                         Answer (*)(HidDevice&, Words), Answer (*)(ResistiveSerial&, Words),
                          Answer (*)(VirtualPanel&, Words), Answer (*)(PluggedPanels&, size_t)>;
 
 struct Row {
@@ -189,7 +199,9 @@ constexpr Row kRows[] = {
     {{"stored-usb-id", "PANEL", "Print the USB id that a reset gives a PCT panel"}, stored_usb_id},
     {{"firmware", "PANEL", "Print the firmware's identity word of a PCT panel"}, firmware},
     {{"set-firmware", "PANEL WORD", "Change it, as an update does"}, set_firmware},
-    {{"usb-id", "PANEL", "Print the USB id of a panel"}, usb_id},
+    {{"usb-id", "PANEL", "Print the USB id of a panel on USB"}, usb_id},
+    {{"line-settings", "PANEL", "Print how a host has set up the port of a serial panel"},
+     line_settings},
     {{"resets", "PANEL", "Print how often a host has reset a panel"}, resets},
     {{"frames", "PANEL", "Print the command frames or reports so far, hexadecimal"}, frames},
     {{"silent", "PANEL on|off", "Have a panel ignore commands, or not"}, silent},
@@ -218,6 +230,14 @@ struct Ask {
   Answer operator()(Answer (*run)(PctController&, Words)) const {
     VirtualPanel& panel = panels.panel(number);
     return panel.pct() ? run(*panel.pct(), words) : other_kind(query, "PCT", panel);
+  }
+  Answer operator()(Answer (*run)(HidDevice&, Words)) const {
+    VirtualPanel& panel = panels.panel(number);
+    return panel.usb() ? run(*panel.usb(), words) : other_kind(query, "USB", panel);
+  }
+  Answer operator()(Answer (*run)(ResistiveSerial&, Words)) const {
+    VirtualPanel& panel = panels.panel(number);
+    return panel.serial() ? run(*panel.serial(), words) : other_kind(query, "serial", panel);
   }
   Answer operator()(Answer (*run)(VirtualPanel&, Words)) const {
     return run(panels.panel(number), words);

@@ -156,6 +156,8 @@ std::optional<Bytes> ResistiveUsb::get_feature(uint8_t id) {
   return payload;
 }
 
+bool ResistiveSerial::opens() { return !strikes(controller_.faults.failed_opens); }
+
 void ResistiveSerial::receive(std::span<const uint8_t> bytes) {
   // Frames are not told apart by their 0D: page data may hold that byte. The host sends one frame
   // at a time, so what arrives together is one frame.
@@ -164,7 +166,7 @@ void ResistiveSerial::receive(std::span<const uint8_t> bytes) {
 }
 
 Bytes ResistiveSerial::transmit(size_t limit) {
-  if (controller_.faults.streaming) {
+  if (controller_.faults.streaming || strikes(controller_.faults.streamed_reports)) {
     // A coordinate report: ten bytes, the second one 98 while touched.
     outgoing_ = {0x00, 0x98, 0x10, 0x20, 0x30, 0x40, 0x00, 0x00, 0x00, 0x00};
   }

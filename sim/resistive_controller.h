@@ -24,7 +24,10 @@ struct ResistiveFaults {
   unsigned bad_acknowledges = 0;   // this many acknowledges carry "1" for "0"
   unsigned wrong_echoes = 0;       // this many page reads echo another page number
   std::optional<uint16_t> stores;  // every value written is stored as this one
-  bool streaming = false;          // coordinate reports instead of replies (serial only)
+  // On a serial port only.
+  bool streaming = false;         // coordinate reports instead of replies
+  unsigned streamed_reports = 0;  // this many reads give coordinate reports instead of replies
+  unsigned failed_opens = 0;      // this many times the port cannot be opened
 };
 
 class ResistiveController {
@@ -123,10 +126,17 @@ class ResistiveSerial final : public SerialDevice {
 
   void receive(std::span<const uint8_t> bytes) override;
   std::vector<uint8_t> transmit(size_t limit) override;
+  void discard() override { outgoing_.clear(); }
+  bool opens() override;
+  void configure(const LineSettings& settings) override { settings_ = settings; }
+
+  // Nothing: the host has left the line as it was.
+  const std::optional<LineSettings>& settings() const { return settings_; }
 
  private:
   ResistiveController& controller_;
   std::vector<uint8_t> outgoing_;
+  std::optional<LineSettings> settings_;
 };
 
 }  // namespace zelkora::sim

@@ -9,6 +9,8 @@
 #include <span>
 #include <vector>
 
+#include "line_settings.h"
+
 namespace zelkora::sim {
 
 class SerialDevice {
@@ -20,6 +22,15 @@ class SerialDevice {
 
   // Bytes for the host, at most `limit` of them; empty when nothing waits.
   virtual std::vector<uint8_t> transmit(size_t limit) = 0;
+
+  // Forgets the bytes that wait for the host.
+  virtual void discard() {}
+
+  // False: the port fails to open this time.
+  virtual bool opens() { return true; }
+
+  // How the host has set up the port.
+  virtual void configure(const LineSettings&) {}
 };
 
 }  // namespace zelkora::sim

@@ -2,15 +2,80 @@
 // SPDX-License-Identifier: MIT
 #include "serial_node.h"
 
+#include <sys/ioctl.h>
+#include <termios.h>
+
 #include <algorithm>
+#include <bit>
 #include <cerrno>
+#include <cstring>
 #include <vector>
 
 #include "request_name.h"
 
 namespace zelkora::sim {
+namespace {
 
-int SerialNode::ioctl(unsigned long, void*) { return -ENOTTY; }
+// The numbers that the kernel gives to VTIME and VMIN are those of the C library.
+static_assert(VTIME < KernelTermios::kControlCharacters);
+static_assert(VMIN < KernelTermios::kControlCharacters);
+
+KernelTermios read_settings(const void* memory) {
+  KernelTermios settings;
+  std::memcpy(&settings, memory, sizeof settings);
+  return settings;
+}
+
+LineSettings line_settings(const KernelTermios& settings) {
+  return {settings.input, settings.output,           settings.control,
+          settings.local, settings.characters[VMIN], settings.characters[VTIME]};
+}
+
+}  // namespace
+
+// What the kernel gives a port that nobody has set up: 9600 baud, 8N1, line by line with echo.
+KernelTermios SerialNode::initial_settings() {
+  KernelTermios settings{};
+  settings.input = ICRNL | IXON;
+  settings.output = OPOST | ONLCR;
+  settings.control = B9600 | CS8 | CREAD | HUPCL | CLOCAL;
+  settings.local = ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHOCTL | ECHOKE | IEXTEN;
+  settings.characters[VMIN] = 1;
+  return settings;
+}
+
+int SerialNode::open() { return device_.opens() ? 0 : -EIO; }
+
+int SerialNode::ioctl(unsigned long request, void* argument) {
+  switch (request) {
+    case TCGETS:
+      std::memcpy(argument, &settings_, sizeof settings_);
+      return 0;
+    case TCSETSF:
+      device_.discard();
+      [[fallthrough]];
+    case TCSETSW:
+    case TCSETS:
+      set_up(argument);
+      return 0;
+    case TCFLSH:
+      return flush(static_cast<int>(std::bit_cast<intptr_t>(argument)));
+    default:
+      return -ENOTTY;
+  }
+}
+
+void SerialNode::set_up(const void* settings) {
+  settings_ = read_settings(settings);
+  device_.configure(line_settings(settings_));
+}
+
+// Nothing ever waits to go out.
+int SerialNode::flush(int queue) {
+  if (queue != TCIFLUSH && queue != TCOFLUSH && queue != TCIOFLUSH) return -EINVAL;
+  if (queue != TCOFLUSH) device_.discard();
+  return 0;
+}
 
 ssize_t SerialNode::read(std::span<uint8_t> room) {
   if (room.empty()) return 0;
@@ -30,8 +95,21 @@ DeviceNode::AfterUnplug SerialNode::after_unplug() const {
   return {.ioctl = -EIO, .read = 0, .write = -EIO};
 }
 
-std::string SerialNode::describe(unsigned long request, const void*) const {
-  return unknown_request(request);
+std::string SerialNode::describe(unsigned long request, const void* argument) const {
+  switch (request) {
+    case TCGETS:
+      return "TCGETS";
+    case TCSETS:
+      return "TCSETS " + sim::describe(line_settings(read_settings(argument)));
+    case TCSETSW:
+      return "TCSETSW " + sim::describe(line_settings(read_settings(argument)));
+    case TCSETSF:
+      return "TCSETSF " + sim::describe(line_settings(read_settings(argument)));
+    case TCFLSH:
+      return "TCFLSH " + std::to_string(std::bit_cast<intptr_t>(argument));
+    default:
+      return unknown_request(request);
+  }
 }
 
 }  // namespace zelkora::sim

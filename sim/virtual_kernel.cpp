@@ -192,6 +192,9 @@ int VirtualKernel::open(std::string_view path, int flags) {
   if (const std::optional<int> fault = state_->strike(Call::kOpen, path)) {
     result = *fault;
   } else if (node) {
+    result = node->open();
+  }
+  if (result == 0) {
     result = ++state_->handles;
     state_->files[result] = {name, std::move(node), flags & O_ACCMODE};
   }

@@ -56,7 +56,8 @@ class VirtualKernel {
 
   // The kernel calls. Results are those of the system calls, with -errno for a failure.
   // `argument` is the memory the request reads and writes; requests whose number carries a size
-  // (all that are served) never touch more than that size.
+  // never touch more than that size. The others that are served are those of serial ports: TCFLSH
+  // takes a number, and TCGETS, TCSETS, TCSETSW and TCSETSF the kernel's 36 bytes of settings.
   int open(std::string_view path, int flags);
   int close(int handle);
   int ioctl(int handle, unsigned long request, void* argument);
@@ -87,6 +88,8 @@ class VirtualKernel {
   //   set_report 1: 04 01 4F 49 0D        (payload as it reaches the device, without its trailing
   //                                        zeros)
   //   get_report 1: 06 01 56 31 2E 32 0D  (the same for the answer; "stall" when there is none)
+  //   ioctl TCGETS, ioctl TCFLSH 0
+  //   ioctl TCSETS iflag=0 oflag=0 cflag=8BD lflag=0 min=1 time=0
   //   write /dev/ttyS0: 01 5A 5A 0D
   //   read /dev/ttyS0 10: 01 30 0D        (the limit, then the bytes)
   // A failing call has " -> ENODEV" (or another errno name) at its end.

@@ -26,11 +26,7 @@ std::array<uint8_t, PctController::kBlockSize> identity_block(
   return block;
 }
 
-}  // namespace
-
-VirtualPanel::Resistive::Resistive(const ResistiveDescription& description,
-                                   const UsbIdentity& identity)
-    : usb(controller, identity) {
+void deliver(ResistiveController& controller, const ResistiveDescription& description) {
   controller.set_firmware(description.firmware);
   controller.faults = description.faults;
   for (const auto& [address, value] : description.words) {
@@ -38,9 +34,24 @@ VirtualPanel::Resistive::Resistive(const ResistiveDescription& description,
   }
 }
 
+}  // namespace
+
+VirtualPanel::Resistive::Resistive(const ResistiveDescription& description,
+                                   const UsbIdentity& identity)
+    : usb(controller, identity) {
+  deliver(controller, description);
+}
+
+VirtualPanel::Serial::Serial(const SerialDescription& description) {
+  deliver(controller, description);
+  controller.set_new_generation(description.new_generation);
+}
+
 VirtualPanel::VirtualPanel(const PanelDescription& description) {
   if (const auto* own = std::get_if<ResistiveDescription>(&description.controller)) {
     model_.emplace<Resistive>(*own, description.identity);
+  } else if (const auto* serial = std::get_if<SerialDescription>(&description.controller)) {
+    model_.emplace<Serial>(*serial);
   } else {
     const auto& pct = std::get<PctDescription>(description.controller);
     model_.emplace<PctController>(pct.firmware, description.identity);
@@ -59,17 +70,25 @@ void VirtualPanel::set_up(const PctDescription& description) {
 }
 
 std::string_view VirtualPanel::kind() const {
+  if (std::holds_alternative<Serial>(model_)) return "serial";
   const auto* controller = std::get_if<PctController>(&model_);
   if (controller == nullptr) return "resistive";
   return controller->family() == PctFamily::k8752 ? "pct8752" : "pct8753";
 }
 
-HidDevice& VirtualPanel::usb() {
-  if (PctController* controller = pct()) return *controller;
-  return std::get<Resistive>(model_).usb;
+HidDevice* VirtualPanel::usb() {
+  if (PctController* controller = pct()) return controller;
+  auto* own = std::get_if<Resistive>(&model_);
+  return own != nullptr ? &own->usb : nullptr;
+}
+
+ResistiveSerial* VirtualPanel::serial() {
+  auto* own = std::get_if<Serial>(&model_);
+  return own != nullptr ? &own->port : nullptr;
 }
 
 ResistiveController* VirtualPanel::resistive() {
+  if (auto* serial = std::get_if<Serial>(&model_)) return &serial->controller;
   auto* own = std::get_if<Resistive>(&model_);
   return own != nullptr ? &own->controller : nullptr;
 }

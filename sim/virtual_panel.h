@@ -21,10 +21,12 @@ class VirtualPanel {
   VirtualPanel(const VirtualPanel&) = delete;
   VirtualPanel& operator=(const VirtualPanel&) = delete;
 
-  // As in a description: "resistive", "pct8752" or "pct8753".
+  // As in a description: "resistive", "serial", "pct8752" or "pct8753".
   std::string_view kind() const;
 
-  HidDevice& usb();
+  // Where it is plugged in; the other one is nullptr.
+  HidDevice* usb();
+  ResistiveSerial* serial();
 
   // The controller, if the panel is of this kind.
   ResistiveController* resistive();
@@ -41,9 +43,16 @@ class VirtualPanel {
     ResistiveUsb usb;
   };
 
+  struct Serial {
+    explicit Serial(const SerialDescription& description);
+
+    ResistiveController controller;
+    ResistiveSerial port{controller};
+  };
+
   void set_up(const PctDescription& description);
 
-  std::variant<std::monostate, Resistive, PctController> model_;
+  std::variant<std::monostate, Resistive, Serial, PctController> model_;
 };
 
 }  // namespace zelkora::sim

@@ -20,6 +20,7 @@
 #include "panels.h"
 #include "private_root.h"
 #include "protocol.h"
+#include "serial_ports.h"
 #include "server.h"
 #include "typed_text.h"
 
@@ -103,7 +104,7 @@ int ask(const Query& query) {
   return kExitDone;
 }
 
-// The panels of the file, then those of the command line. Returns what is wrong with the file.
+// The panels of the file, then those of the command line. Returns what is wrong with them.
 std::string describe_panels(const Options& options, std::vector<PanelDescription>& panels) {
   if (!options.panel_file.empty()) {
     std::string problem = read_panel_file(options.panel_file, panels);
@@ -111,7 +112,7 @@ std::string describe_panels(const Options& options, std::vector<PanelDescription
   }
   for (const std::string& text : options.panels) parse_panel(text, panels.emplace_back());
   if (panels.empty()) panels.emplace_back();
-  return {};
+  return assign_ports(panels);
 }
 
 // Everything that needs the real file system comes before the private root.

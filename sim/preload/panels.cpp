@@ -75,6 +75,7 @@ std::string create_list(const fs::path& path, const std::vector<std::string>& na
 
 // All nodes of a panel have its number, also where panels before it have none of their kind.
 HidNodes nodes_of(const PanelDescription& panel, size_t number) {
+  if (is_serial(panel)) return {};
   const std::string suffix = std::to_string(number);
   return {.phys = "usb-0000:00:14.0-" + std::to_string(number + 1) + "/input0",
           .hiddev = panel.on_hiddev ? "/dev/usb/hiddev" + suffix : "",
@@ -82,10 +83,18 @@ HidNodes nodes_of(const PanelDescription& panel, size_t number) {
           .event = "/dev/input/event" + suffix};
 }
 
+std::string port_of(const PanelDescription& panel) {
+  const auto* serial = std::get_if<SerialDescription>(&panel.controller);
+  return serial != nullptr ? "/dev/" + serial->port : "";
+}
+
 }  // namespace
 
 Panels::Panel::Panel(const PanelDescription& described, size_t number)
-    : panel(described), nodes(nodes_of(described, number)), description(described) {}
+    : panel(described),
+      nodes(nodes_of(described, number)),
+      port(port_of(described)),
+      description(described) {}
 
 Panels::Panels(std::span<const PanelDescription> descriptions) {
   for (const PanelDescription& description : descriptions) {
@@ -94,21 +103,29 @@ Panels::Panels(std::span<const PanelDescription> descriptions) {
 }
 
 void Panels::plug(Panel& panel) {
-  panel.attachment = kernel_.attach(panel.panel.usb(), panel.nodes);
-  panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
-  // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
+  if (ResistiveSerial* serial = panel.panel.serial()) {
+    panel.attachment = kernel_.attach(*serial, panel.port);
+  } else {
+    panel.attachment = kernel_.attach(*panel.panel.usb(), panel.nodes);
+    panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
+  }
+  refuse_opens(panel);
+}
+
+// Permissions do not stop root, but a test run by root wants nodes that nobody can open.
+void Panels::refuse_opens(const Panel& panel) {
   if (panel.description.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
   if (panel.description.mode == 0) {
     kernel_.fail_open(panel.nodes.hidraw, EACCES);
     kernel_.fail_open(panel.nodes.event, EACCES);
+    kernel_.fail_open(panel.port, EACCES);
   }
 }
 
-std::string Panels::create_nodes(std::string HidNodes::*kind,
-                                 mode_t PanelDescription::*mode) const {
+std::string Panels::create_nodes(NodeOf node_of, mode_t PanelDescription::*mode) const {
   std::vector<Placeholder> nodes;
   for (const auto& panel : panels_) {
-    const std::string& path = panel->nodes.*kind;
+    const std::string& path = node_of(*panel);
     if (!path.empty()) nodes.push_back({path, panel->description.*mode});
   }
   return nodes.empty() ? std::string() : create_in_order(std::move(nodes));
@@ -117,6 +134,7 @@ std::string Panels::create_nodes(std::string HidNodes::*kind,
 std::string Panels::create_name_lists() const {
   std::vector<std::string> resistive, pct;
   for (const auto& panel : panels_) {
+    if (panel->panel.serial()) continue;  // on a port, a panel does not tell its name
     auto& names = panel->panel.pct() ? pct : resistive;
     const std::string& name = panel->description.identity.product_name;
     if (std::ranges::find(names, name) == names.end()) names.push_back(name);
@@ -129,13 +147,34 @@ std::string Panels::create_name_lists() const {
 
 std::string Panels::create_files() const {
   try {
-    std::string problem = create_nodes(&HidNodes::hiddev, &PanelDescription::hiddev_mode);
-    if (problem.empty()) problem = create_nodes(&HidNodes::hidraw, &PanelDescription::mode);
-    if (problem.empty()) problem = create_nodes(&HidNodes::event, &PanelDescription::mode);
-    return problem.empty() ? create_name_lists() : problem;
-  } catch (const fs::filesystem_error& error) {
-    return error.what();
+    constexpr std::pair<NodeOf, mode_t PanelDescription::*> kKinds[] = {
+        {[](const Panel& panel) -> auto& {return panel.nodes.hiddev;
   }
+  , &PanelDescription::hiddev_mode
+}
+, {[](const Panel& panel) -> auto& {return panel.nodes.hidraw;
+}  // namespace zelkora::sim
+, &PanelDescription::mode
+}
+, {[](const Panel& panel) -> auto& {return panel.nodes.event;
+}
+, &PanelDescription::mode
+}
+, {
+  [](const Panel& panel) -> auto& { return panel.port; }
+  , &PanelDescription::mode
+}
+}
+;
+for (const auto& [node_of, mode] : kKinds) {
+  std::string problem = create_nodes(node_of, mode);
+  if (!problem.empty()) return problem;
+}
+return create_name_lists();
+}
+catch (const fs::filesystem_error& error) {
+  return error.what();
+}
 }
 
 bool Panels::unplug(size_t number) {
@@ -143,7 +182,8 @@ bool Panels::unplug(size_t number) {
   if (!panel.plugged) return false;
   panel.plugged = false;
   kernel_.unplug(panel.attachment);
-  for (const std::string& node : {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event}) {
+  for (const std::string& node :
+       {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event, panel.port}) {
     if (!node.empty()) remove_node_placeholder(node);
   }
   return true;

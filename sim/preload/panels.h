@@ -36,15 +36,19 @@ class Panels final : public PluggedPanels {
     Panel(const PanelDescription& described, size_t number);
 
     VirtualPanel panel;
-    HidNodes nodes;
+    HidNodes nodes;    // of a panel on USB
+    std::string port;  // of a serial one
     PanelDescription description;
     int attachment = -1;
     bool plugged = true;
   };
 
   void plug(Panel& panel);
+  void refuse_opens(const Panel& panel);
 
-  std::string create_nodes(std::string HidNodes::*kind, mode_t PanelDescription::*mode) const;
+  // The node of one kind, empty when a panel has none.
+  using NodeOf = const std::string& (*)(const Panel& panel);
+  std::string create_nodes(NodeOf node_of, mode_t PanelDescription::*mode) const;
   std::string create_name_lists() const;
 
   std::vector<std::unique_ptr<Panel>> panels_;

@@ -27,12 +27,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "interposed.h"
 #include "protocol.h"
 
-#define INTERPOSED __attribute__((visibility("default")))
-
-/* Looks up the function that would have been called without this library. */
-static void find_next(void* function, const char* name) {
+void find_next(void* function, const char* name) {
   void* symbol = dlsym(RTLD_NEXT, name);
   if (symbol == NULL) abort();
   memcpy(function, &symbol, sizeof symbol);
@@ -59,7 +57,7 @@ static bool leads_to_runner(int fd) {
          strncmp(peer.sun_path, runner_address.sun_path, sizeof peer.sun_path) == 0;
 }
 
-static bool is_virtual(int fd) {
+bool is_virtual(int fd) {
   if (fd < 0 || (fd < REMEMBERED && ordinary[fd])) return false;
   const int error = errno;
   const bool result = leads_to_runner(fd);
@@ -231,7 +229,7 @@ INTERPOSED int ioctl(int fd, unsigned long request, ...) {
     if (next == NULL) find_next(&next, "ioctl");
     return next(fd, request, argument);
   }
-  const size_t size = _IOC_SIZE(request);
+  const size_t size = sim_request_size(request);
   const struct SimRequest message = {.operation = SIM_IOCTL,
                                      .request = request & UINT32_MAX,
                                      .argument = size == 0 ? (uintptr_t)argument : 0};

@@ -11,6 +11,7 @@
 
 #include <assert.h>
 #include <stdint.h>
+#include <sys/ioctl.h>
 
 /* Everything of a session that is no node lies in one directory of its private /dev, which no
  * process outside can see. */
@@ -23,11 +24,35 @@
 
 enum {
   SIM_OPEN = 1,  /* data: the path of the node */
-  SIM_IOCTL = 2, /* data: the memory that the argument points to, _IOC_SIZE bytes */
+  SIM_IOCTL = 2, /* data: the memory that the argument points to, sim_request_size() */
   SIM_READ = 3,
   SIM_WRITE = 4, /* data: the bytes to write */
   SIM_QUERY = 5  /* data: words separated by one blank; needs no node */
 };
+
+/* The terminal settings as the kernel's requests carry them, which are not those of <termios.h>. */
+struct SimTermios {
+  uint32_t iflag;
+  uint32_t oflag;
+  uint32_t cflag;
+  uint32_t lflag;
+  uint8_t line;
+  uint8_t cc[19];
+};
+
+/* The bytes of memory that a request reads or changes. Requests for terminals are older than the
+ * sizes in request numbers. */
+static inline uint32_t sim_request_size(unsigned long request) {
+  switch (request) {
+    case TCGETS:
+    case TCSETS:
+    case TCSETSW:
+    case TCSETSF:
+      return sizeof(struct SimTermios);
+    default:
+      return _IOC_SIZE(request);
+  }
+}
 
 enum { SIM_MAX_DATA = 16384 }; /* an ioctl number has room for sizes below this one */
 
@@ -48,6 +73,7 @@ struct SimReply {
  * that memory which is only read may be read-only), the bytes that SIM_READ got, a text. */
 
 static_assert(sizeof(struct SimRequest) == 24, "the request header has no padding");
+static_assert(sizeof(struct SimTermios) == 36, "the settings have the kernel's layout");
 static_assert(sizeof(struct SimReply) == 8, "the reply header has no padding");
 
 #endif /* ZELKORA_SIM_PROTOCOL_H */

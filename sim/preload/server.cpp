@@ -4,7 +4,6 @@
 
 #include <poll.h>
 #include <signal.h>
-#include <sys/ioctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -154,7 +153,7 @@ SimReply Server::perform(Connection& connection, const SimRequest& request, std:
 
 SimReply Server::perform_ioctl(int handle, const SimRequest& request, std::span<uint8_t> data,
                                std::vector<uint8_t>& answer) {
-  if (data.size() != _IOC_SIZE(request.request)) return {-EFAULT, 0};
+  if (data.size() != sim_request_size(request.request)) return {-EFAULT, 0};
   answer.assign(data.begin(), data.end());
   void* argument =
       data.empty() ? std::bit_cast<void*>(static_cast<uintptr_t>(request.argument)) : answer.data();

@@ -35,13 +35,16 @@ Bench::Bench() = default;
 Bench::~Bench() = default;
 
 UsbNodes Bench::plug(const PanelDescription& description) {
+  if (is_serial(description)) {
+    throw std::runtime_error("a serial panel is not on USB");
+  }
   if (!description.on_hiddev || !description.on_hidraw) {
     throw std::runtime_error("a real kernel gives every panel a hiddev and a hidraw node");
   }
   panels_.push_back({std::make_unique<VirtualPanel>(description)});
   VirtualPanel& panel = *panels_.back().panel;
   panel.set_on_reset([this, number = panels_.size() - 1] { server_.replug(number); });
-  UsbNodes nodes = server_.plug(panel.usb());
+  UsbNodes nodes = server_.plug(*panel.usb());
   set_mode(nodes.hiddev, description.hiddev_mode);
   set_mode(nodes.hidraw, description.mode);
   set_mode(nodes.event, description.mode);

@@ -102,6 +102,38 @@ TEST(PanelDescriptionTest, AResistivePanelTakesItsFaults) {
   EXPECT_EQ(faults.stores, 77);
 }
 
+const SerialDescription& serial(const PanelDescription& panel) {
+  return std::get<SerialDescription>(panel.controller);
+}
+
+TEST(PanelDescriptionTest, ASerialPanelIsAResistiveOneWithAPort) {
+  const PanelDescription plain = parsed("serial");
+  EXPECT_TRUE(is_serial(plain));
+  EXPECT_FALSE(is_serial(parsed("resistive")));
+  EXPECT_EQ(serial(plain).port, "");
+  EXPECT_EQ(serial(plain).firmware, "V1.2");
+  EXPECT_FALSE(serial(plain).new_generation);
+
+  const PanelDescription panel =
+      parsed("serial,port=ttyUSB12,firmware=V3.0,new-generation,mode=666,beep=0,word67=3");
+  EXPECT_EQ(serial(panel).port, "ttyUSB12");
+  EXPECT_EQ(serial(panel).firmware, "V3.0");
+  EXPECT_TRUE(serial(panel).new_generation);
+  EXPECT_EQ(panel.mode, 0666U);
+  EXPECT_EQ(serial(panel).words, (std::vector<std::pair<uint8_t, uint16_t>>{{86, 0}, {67, 3}}));
+}
+
+TEST(PanelDescriptionTest, ASerialPanelTakesTheFaultsOfItsControllerAndOfItsLine) {
+  const ResistiveFaults faults =
+      serial(parsed("serial,silent,stores=5,streamed-reports=50,failed-opens=2")).faults;
+  EXPECT_TRUE(faults.silent);
+  EXPECT_EQ(faults.stores, 5);
+  EXPECT_EQ(faults.streamed_reports, 50U);
+  EXPECT_EQ(faults.failed_opens, 2U);
+  EXPECT_FALSE(faults.streaming);
+  EXPECT_TRUE(serial(parsed("serial,streaming")).faults.streaming);
+}
+
 TEST(PanelDescriptionTest, APctPanelTakesFirmwareSerialNumberAndMode) {
   const PanelDescription panel = parsed("pct8753,firmware=00020168,sn=01a2030405060708,pos=4");
   EXPECT_EQ(pct(panel).firmware, 0x00020168U);
@@ -140,8 +172,8 @@ struct Mistake {
 };
 
 constexpr Mistake kMistakes[] = {
-    {"", "'' is no kind of panel; known: resistive, pct8752, pct8753"},
-    {"projected", "'projected' is no kind of panel; known: resistive, pct8752, pct8753"},
+    {"", "'' is no kind of panel; known: resistive, pct8752, pct8753, serial"},
+    {"projected", "'projected' is no kind of panel; known: resistive, pct8752, pct8753, serial"},
     {"resistive,colour=red",
      "unknown key 'colour' of a panel of kind resistive; zelkora-sim --help lists them"},
     {"resistive,", "unknown key '' of a panel of kind resistive; zelkora-sim --help lists them"},
@@ -168,6 +200,20 @@ constexpr Mistake kMistakes[] = {
     {"resistive,word256=1", "'word256=1': expected word0=0 to word255=65535"},
     {"resistive,word1=65536", "'word1=65536': expected word0=0 to word255=65535"},
     {"resistive,word1", "'word1': expected word0=0 to word255=65535"},
+    {"resistive,streaming",
+     "unknown key 'streaming' of a panel of kind resistive; zelkora-sim --help lists them"},
+    {"resistive,port=ttyS0",
+     "unknown key 'port' of a panel of kind resistive; zelkora-sim --help lists them"},
+    {"serial,id=3A4C:1688",
+     "unknown key 'id' of a panel of kind serial; zelkora-sim --help lists them"},
+    {"serial,port=ttyS256",
+     "'ttyS256' is no value for 'port': expected NAME, ttyS0..ttyS255 or ttyUSB0..ttyUSB255"},
+    {"serial,port=ttyS01",
+     "'ttyS01' is no value for 'port': expected NAME, ttyS0..ttyS255 or ttyUSB0..ttyUSB255"},
+    {"serial,port=/dev/ttyS0",
+     "'/dev/ttyS0' is no value for 'port': expected NAME, ttyS0..ttyS255 or ttyUSB0..ttyUSB255"},
+    {"serial,port=ttyUSB",
+     "'ttyUSB' is no value for 'port': expected NAME, ttyS0..ttyS255 or ttyUSB0..ttyUSB255"},
     {"pct8753,pos=0", "'0' is no value for 'pos': expected MODE, 1..4"},
     {"pct8753,pos=5", "'5' is no value for 'pos': expected MODE, 1..4"},
     {"pct8753,sn=01020304050607",
@@ -202,9 +248,11 @@ INSTANTIATE_TEST_SUITE_P(Mistakes, WrongPanelDescriptionTest, testing::ValuesIn(
 TEST(PanelDescriptionTest, TheHelpHasALineForEachKey) {
   const std::string help = panel_help();
   for (const char* line :
-       {"  resistive  ", "  pct8752  ", "  pct8753  ", "  id=VVVV:PPPP  ", "  nodes=NODES  ",
-        "  wordADDRESS=VALUE  ", "  stores=VALUE  ", "  sn=HHHHHHHHHHHHHHHH  ", "  pos=MODE  ",
-        "  refused-command-modes=COUNT ", "  wrong-usb-ids=COUNT  "}) {
+       {"  resistive  ", "  serial  ", "  port=NAME  ", "  new-generation  ",
+        "  streamed-reports=COUNT  ", "  failed-opens=COUNT  ", "  pct8752  ", "  pct8753  ",
+        "  id=VVVV:PPPP  ", "  nodes=NODES  ", "  wordADDRESS=VALUE  ", "  stores=VALUE  ",
+        "  sn=HHHHHHHHHHHHHHHH  ", "  pos=MODE  ", "  refused-command-modes=COUNT ",
+        "  wrong-usb-ids=COUNT  "}) {
     EXPECT_NE(help.find(line), std::string::npos) << line;
   }
 }

@@ -45,7 +45,7 @@ class PanelQueriesTest : public testing::Test {
     const uint8_t id = report[0];
     report.erase(report.begin());
     report.resize(63);
-    EXPECT_TRUE(rack_.panel(panel).usb().set_feature(id, report));
+    EXPECT_TRUE(rack_.panel(panel).usb()->set_feature(id, report));
   }
 
   Rack rack_{
@@ -134,6 +134,28 @@ TEST_F(PanelQueriesTest, SilenceAPanelOfAnyKindAndGiveItItsVoiceBack) {
   }
 }
 
+TEST_F(PanelQueriesTest, AreThoseOfAResistivePanelOnASerialPortToo) {
+  Rack ports({"serial,beep=0"});
+  EXPECT_EQ(answer_query(ports, "value 0 86").text, "0\n");
+  ports.panel(0).serial()->receive(std::vector<uint8_t>{0x01, 'O', 'I', 0x0D});
+  EXPECT_EQ(answer_query(ports, "frames 0").text, "01 4F 49 0D\n");
+  EXPECT_EQ(answer_query(ports, "resets 0").text, "0\n");
+  EXPECT_EQ(answer_query(ports, "fault 0 stores=4").status, kExitDone);
+  EXPECT_EQ(answer_query(ports, "fault 0 failed-opens=3").status, kExitDone);
+  EXPECT_EQ(ports.panel(0).resistive()->faults.stores, 4);
+  EXPECT_EQ(ports.panel(0).resistive()->faults.failed_opens, 3U);
+  EXPECT_EQ(answer_query(ports, "usb-id 0").text,
+            "'usb-id' is a query to USB panels, and this one is of kind serial");
+}
+
+TEST_F(PanelQueriesTest, TellHowALineIsSetUp) {
+  Rack ports({"serial"});
+  EXPECT_EQ(answer_query(ports, "line-settings 0").text, "untouched\n");
+  ports.panel(0).serial()->configure({1, 0x20, 0x8BD, 0xA, 1, 5});
+  EXPECT_EQ(answer_query(ports, "line-settings 0").text,
+            "iflag=1 oflag=20 cflag=8BD lflag=A min=1 time=5\n");
+}
+
 TEST_F(PanelQueriesTest, GiveAPanelAnyFaultOfItsKind) {
   EXPECT_EQ(ask("fault 0 bad-acknowledges=2"), "");
   EXPECT_EQ(rack_.panel(0).resistive()->faults.bad_acknowledges, 2U);
@@ -185,6 +207,9 @@ TEST_F(PanelQueriesTest, RefuseWhatIsWrongWithTheReason) {
        "'x' is no value for 'bad-checksums': expected COUNT, 0..1000000"},
       {"value 1 86", kExitUsage,
        "'value' is a query to resistive panels, and this one is of kind pct8752"},
+      {"fault 0 streaming", kExitUsage, "'streaming' is no fault of a panel of this kind"},
+      {"line-settings 0", kExitUsage,
+       "'line-settings' is a query to serial panels, and this one is of kind resistive"},
       {"pos-mode 0", kExitUsage,
        "'pos-mode' is a query to PCT panels, and this one is of kind resistive"},
   };

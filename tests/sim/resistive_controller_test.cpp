@@ -15,6 +15,7 @@
 
 namespace {
 
+using zelkora::sim::LineSettings;
 using zelkora::sim::ResistiveController;
 using zelkora::sim::ResistiveSerial;
 using zelkora::sim::ResistiveUsb;
@@ -290,6 +291,36 @@ TEST_F(ResistiveSerialTest, StreamsCoordinatesInsteadOfReplies) {
     ASSERT_EQ(report.size(), 10U);
     EXPECT_EQ(report[1], 0x98);
   }
+}
+
+TEST_F(ResistiveSerialTest, StreamsACountOfReportsAndThenAnswers) {
+  controller_.faults.streamed_reports = 2;
+  for (int i = 0; i < 2; ++i) {
+    port_.receive(frame("ZZ"));
+    EXPECT_EQ(port_.transmit(10).size(), 10U);
+  }
+  port_.receive(frame("OI"));
+  EXPECT_EQ(port_.transmit(20), frame("V1.2"));
+}
+
+TEST_F(ResistiveSerialTest, ForgetsWhatItIsToldToDiscard) {
+  port_.receive(frame("OI"));
+  port_.discard();
+  EXPECT_EQ(port_.transmit(20), Bytes{});
+}
+
+TEST_F(ResistiveSerialTest, FailsToOpenACountOfTimes) {
+  EXPECT_TRUE(port_.opens());
+  controller_.faults.failed_opens = 2;
+  EXPECT_FALSE(port_.opens());
+  EXPECT_FALSE(port_.opens());
+  EXPECT_TRUE(port_.opens());
+}
+
+TEST_F(ResistiveSerialTest, KnowsHowItsLineIsSetUp) {
+  EXPECT_EQ(port_.settings(), std::nullopt);
+  port_.configure({.control = 0x8BD, .minimum = 1});
+  EXPECT_EQ(port_.settings(), (LineSettings{0, 0, 0x8BD, 0, 1, 0}));
 }
 
 }  // namespace

@@ -19,7 +19,6 @@
 
 namespace {
 
-using zelkora::sim::SerialDevice;
 using zelkora::sim::VirtualKernel;
 using zelkora::test::Bytes;
 using zelkora::test::EchoDevice;
@@ -29,8 +28,6 @@ using zelkora::test::kHidraw;
 using zelkora::test::kPhys;
 using zelkora::test::Lines;
 using zelkora::test::VirtualHidTest;
-
-constexpr char kSerial[] = "/dev/ttyS0";
 
 using VirtualHidrawTest = VirtualHidTest;
 using VirtualEventTest = VirtualHidTest;
@@ -208,72 +205,6 @@ TEST_F(VirtualHidTest, FailByScriptForAsLongAsItSays) {
   EXPECT_EQ(kernel_.open(kHiddev, O_RDWR), -EACCES);
   EXPECT_EQ(kernel_.open(kHiddev, O_RDWR), -EACCES);
   EXPECT_EQ(trace_.back(), "open /dev/usb/hiddev0 O_RDWR -> EACCES");
-}
-
-// A port that keeps what it is sent.
-class EchoPort final : public SerialDevice {
- public:
-  void receive(std::span<const uint8_t> bytes) override {
-    waiting.insert(waiting.end(), bytes.begin(), bytes.end());
-  }
-  Bytes transmit(size_t limit) override {
-    const auto end = waiting.begin() + static_cast<ptrdiff_t>(std::min(limit, waiting.size()));
-    Bytes bytes(waiting.begin(), end);
-    waiting.erase(waiting.begin(), end);
-    return bytes;
-  }
-
-  Bytes waiting;
-};
-
-class VirtualSerialTest : public testing::Test {
- protected:
-  VirtualSerialTest() {
-    attachment_ = kernel_.attach(port_, kSerial);
-    handle_ = kernel_.open(kSerial, O_RDWR | O_NOCTTY | O_NONBLOCK);
-    kernel_.set_trace([this](std::string line) { trace_.push_back(std::move(line)); });
-  }
-
-  EchoPort port_;
-  VirtualKernel kernel_;
-  int attachment_ = 0;
-  int handle_ = 0;
-  Lines trace_;
-};
-
-TEST_F(VirtualSerialTest, CarriesBytesBothWaysAndSaysWhenNothingWaits) {
-  const Bytes bytes = {1, 0x5A, 0x0D};
-  EXPECT_EQ(kernel_.write(handle_, bytes), 3);
-  std::array<uint8_t, 10> room{};
-  EXPECT_EQ(kernel_.read(handle_, std::span(room).first(2)), 2);
-  EXPECT_EQ(kernel_.read(handle_, room), 1);
-  EXPECT_EQ(room[0], 0x0D);
-  EXPECT_EQ(kernel_.read(handle_, room), -EAGAIN);
-  EXPECT_EQ(trace_, (Lines{"write /dev/ttyS0: 01 5A 0D", "read /dev/ttyS0 2: 01 5A",
-                           "read /dev/ttyS0 10: 0D", "read /dev/ttyS0 10 -> EAGAIN"}));
-}
-
-TEST_F(VirtualSerialTest, RefusesRequests) {
-  int value = 0;
-  EXPECT_EQ(kernel_.ioctl(handle_, HIDIOCGVERSION, &value), -ENOTTY);
-}
-
-TEST_F(VirtualSerialTest, FailsByScript) {
-  std::array<uint8_t, 10> room{};
-  kernel_.fail_write(kSerial, EIO, 1);
-  kernel_.fail_read(kSerial, EIO, 1);
-  EXPECT_EQ(kernel_.write(handle_, room), -EIO);
-  EXPECT_TRUE(port_.waiting.empty());
-  EXPECT_EQ(kernel_.read(handle_, room), -EIO);
-  EXPECT_EQ(kernel_.read(handle_, room), -EAGAIN);
-}
-
-TEST_F(VirtualSerialTest, HangsUpWhenUnplugged) {
-  std::array<uint8_t, 10> room{};
-  kernel_.unplug(attachment_);
-  EXPECT_EQ(kernel_.read(handle_, room), 0);
-  EXPECT_EQ(kernel_.write(handle_, room), -EIO);
-  EXPECT_EQ(kernel_.ioctl(handle_, TCGETS, room.data()), -EIO);
 }
 
 }  // namespace

@@ -32,8 +32,23 @@ TEST(VirtualPanelTest, IsOfTheKindDescribed) {
     EXPECT_EQ(panel.kind(), kind);
     EXPECT_EQ(panel.resistive() != nullptr, kind == "resistive");
     EXPECT_EQ(panel.pct() != nullptr, kind != "resistive");
-    EXPECT_EQ(panel.usb().identity().product, 0x0005);
+    ASSERT_NE(panel.usb(), nullptr);
+    EXPECT_EQ(panel.usb()->identity().product, 0x0005);
+    EXPECT_EQ(panel.serial(), nullptr);
   }
+}
+
+TEST(VirtualPanelTest, IsOnASerialPortAsDescribed) {
+  VirtualPanel panel(described("serial,firmware=V2.1,beep=0,new-generation,failed-opens=1"));
+  EXPECT_EQ(panel.kind(), "serial");
+  EXPECT_EQ(panel.usb(), nullptr);
+  EXPECT_EQ(panel.pct(), nullptr);
+  ASSERT_NE(panel.serial(), nullptr);
+  EXPECT_EQ(panel.resistive()->firmware(), "V2.1");
+  EXPECT_EQ(panel.resistive()->permanent_value(86), 0);
+  EXPECT_FALSE(panel.serial()->opens());
+  panel.serial()->receive(std::array<uint8_t, 4>{0x01, 'Z', 'Z', 0x0D});
+  EXPECT_EQ(panel.serial()->transmit(10), (std::vector<uint8_t>{0x01, '0', 0x0D}));
 }
 
 TEST(VirtualPanelTest, HasTheStoredValuesFirmwareAndFaultsDescribed) {
@@ -67,7 +82,7 @@ TEST(VirtualPanelTest, HasAnIdentityBlockWithItsSerialNumber) {
 class ResetPanelTest : public testing::TestWithParam<const char*> {
  protected:
   ResetPanelTest() : panel_(described(GetParam())) {
-    attachment_ = kernel_.attach(panel_.usb(), {"usb-1/input0", kHiddev, kHidraw, kEvent});
+    attachment_ = kernel_.attach(*panel_.usb(), {"usb-1/input0", kHiddev, kHidraw, kEvent});
     panel_.set_on_reset([this] { kernel_.replug(attachment_); });
     hiddev_ = kernel_.open(kHiddev, O_RDWR);
     hidraw_ = kernel_.open(kHidraw, O_RDWR);
