@@ -167,17 +167,35 @@ Answer fault(VirtualPanel& panel, Words words) {
   return problem->empty() ? Answer() : usage(*problem);
 }
 
-// --- All of them
+// --- The commands around them
+
+Answer commands(HostCommands& commands, Words) {
+  Answer answer{.is_list = true};
+  for (const std::string& command : commands.record()) answer.text += command + "\n";
+  return answer;
+}
+
+Answer command_fails(HostCommands& commands, Words words) {
+  const auto status = parse_number(words[1], 0xFF);
+  if (!status) return usage("STATUS lies in 0..255");
+  if (commands.fail(words[0], static_cast<int>(*status))) return {};
+  std::string names;
+  for (const auto name : HostCommands::names()) names.append(" ").append(name);
+  return usage("NAME is one of" + names);
+}
+
+// --- All panels
 
 Answer unplug(PluggedPanels& panels, size_t number) {
   if (panels.unplug(number)) return {};
   return {kExitFailed, "panel " + std::to_string(number) + " is unplugged already"};
 }
 
-// What a query needs of the panel it is put to.
+// What a query needs: most of them a panel, of some kind.
 using Run = std::variant<Answer (*)(ResistiveController&, Words), Answer (*)(PctController&, Words),
                          Answer (*)(HidDevice&, Words), Answer (*)(ResistiveSerial&, Words),
-                         Answer (*)(VirtualPanel&, Words), Answer (*)(PluggedPanels&, size_t)>;
+                         Answer (*)(VirtualPanel&, Words), Answer (*)(PluggedPanels&, size_t),
+                         Answer (*)(HostCommands&, Words)>;
 
 struct Row {
   QueryUsage usage;
@@ -207,6 +225,10 @@ constexpr Row kRows[] = {
     {{"silent", "PANEL on|off", "Have a panel ignore commands, or not"}, silent},
     {{"fault", "PANEL FAULT", "Give a panel a fault: KEY or KEY=VALUE of its description"}, fault},
     {{"unplug", "PANEL", "Take a panel away"}, unplug},
+    {{"commands", "", "Print the commands run so far: dmesg, killall, pgrep, pidof, systemctl"},
+     commands},
+    {{"command-fails", "NAME STATUS", "Have one of them do nothing and end with STATUS; 0: undo"},
+     command_fails},
 };
 
 // A query that runs into a panel of another kind.
@@ -243,9 +265,19 @@ struct Ask {
     return run(panels.panel(number), words);
   }
   Answer operator()(Answer (*run)(PluggedPanels&, size_t)) const { return run(panels, number); }
+  Answer operator()(Answer (*run)(HostCommands&, Words)) const {
+    HostCommands* commands = panels.commands();
+    return commands ? run(*commands, words) : usage("the commands here are the machine's own");
+  }
 };
 
+bool names_panel(const QueryUsage& usage) { return usage.arguments.starts_with("PANEL"); }
+
 }  // namespace
+
+std::vector<std::string_view> QueryUsage::argument_names() const {
+  return arguments.empty() ? std::vector<std::string_view>() : split(arguments, ' ');
+}
 
 std::vector<QueryUsage> query_usages() {
   std::vector<QueryUsage> usages;
@@ -265,9 +297,13 @@ Answer answer_query(PluggedPanels& panels, std::string_view text) {
   const std::vector<std::string_view> words = split(text, ' ');
   const auto* row = std::ranges::find(kRows, words[0], [](const Row& r) { return r.usage.name; });
   if (row == std::end(kRows)) return usage("unknown query " + quoted(words[0]));
-  if (words.size() != 1 + split(row->usage.arguments, ' ').size()) {
+  if (words.size() != 1 + row->usage.argument_names().size()) {
+    const bool alone = row->usage.arguments.empty();
     return usage(std::string(row->usage.name) + " is followed by " +
-                 std::string(row->usage.arguments));
+                 (alone ? "nothing" : std::string(row->usage.arguments)));
+  }
+  if (!names_panel(row->usage)) {
+    return std::visit(Ask{words[0], panels, 0, Words(words).subspan(1)}, row->run);
   }
   const auto number = parse_number(words[1], UINT16_MAX);
   if (!number) return usage("PANEL is a number, counted from 0");

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// Questions and orders to virtual panels while a host uses them, one line of words each: the name
-// of the query, the number of a panel, and what else query_help() says.
+// Questions and orders to virtual panels while a host uses them, and to the stand-ins for commands
+// around them, one line of words each: the name of the query, mostly the number of a panel, and
+// what else query_help() says.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host_commands.h"
 #include "virtual_panel.h"
 
 namespace zelkora::sim {
@@ -31,12 +33,16 @@ class PluggedPanels {
   virtual VirtualPanel& panel(size_t number) = 0;
   // False when the panel was unplugged before.
   virtual bool unplug(size_t number) = 0;
+  // Nothing: the machine's own commands are used here.
+  virtual HostCommands* commands() { return nullptr; }
 };
 
 struct QueryUsage {
   std::string_view name;
   std::string_view arguments;  // behind the name, a word each: "PANEL ADDRESS"
   std::string_view help;
+
+  std::vector<std::string_view> argument_names() const;
 };
 
 std::vector<QueryUsage> query_usages();

@@ -8,9 +8,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -142,26 +144,54 @@ Error replace_dev() {
   return {};
 }
 
+// Puts a private directory in the place of this one: everything in it is there, but for what is
+// named, and new files go nowhere else.
+Error replace_with_view(const std::string& directory, std::span<const std::string_view> without) {
+  const Descriptor real(::open(directory.c_str(), O_PATH | O_CLOEXEC));
+  if (!real) return failure(directory);
+  std::vector<std::string> names;
+  std::error_code code;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory, code)) {
+    names.push_back(entry.path().filename());
+  }
+  if (code) return directory + ": " + code.message();
+
+  if (Error error = mount_empty(directory.c_str()); !error.empty()) return error;
+  for (const std::string& name : names) {
+    if (std::ranges::find(without, name) != without.end()) continue;
+    if (Error error = take_over(real.path(), directory, name); !error.empty()) return error;
+  }
+  return {};
+}
+
+// An empty directory, whether the machine has it or not.
+Error make_private(const fs::path& directory) {
+  if (fs::exists(directory)) return mount_empty(directory.c_str());
+  fs::path present = directory.parent_path();
+  while (!fs::exists(present)) present = present.parent_path();
+  if (Error error = replace_with_view(present, {}); !error.empty()) return error;
+  std::error_code code;
+  fs::create_directories(directory, code);
+  return code ? "create " + directory.string() + ": " + code.message() : Error();
+}
+
+Error replace_boot_files() {
+  for (const char* rules : {"/etc/udev/rules.d", "/lib/udev/rules.d"}) {
+    if (Error error = make_private(rules); !error.empty()) return error;
+  }
+  constexpr std::string_view kScripts[] = {"rc.local", "rc.d"};
+  if (Error error = replace_with_view("/etc", kScripts); !error.empty()) return error;
+  return make_directory("/etc/rc.d", 0755);
+}
+
 Error replace_data_directory(const std::string& replacement) {
-  const Descriptor real(::open("/opt", O_PATH | O_CLOEXEC));
-  if (!real) return failure("/opt");
   const Descriptor data(
       ::open(replacement.empty() ? "/" : replacement.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (!data) return failure("data directory " + replacement);
 
-  std::vector<std::string> names;
-  std::error_code code;
-  for (const fs::directory_entry& entry : fs::directory_iterator("/opt", code)) {
-    names.push_back(entry.path().filename());
-  }
-  if (code) return "/opt: " + code.message();
-
-  if (Error error = mount_empty("/opt"); !error.empty()) return error;
   const std::string own_name = fs::path(kDataDirectory).filename();
-  for (const std::string& name : names) {
-    if (name == own_name) continue;
-    if (Error error = take_over(real.path(), "/opt", name); !error.empty()) return error;
-  }
+  const std::string_view without[] = {own_name};
+  if (Error error = replace_with_view("/opt", without); !error.empty()) return error;
   if (Error error = make_directory(kDataDirectory, 0777); !error.empty()) return error;
   return replacement.empty() ? Error() : bind(data.path(), kDataDirectory);
 }
@@ -188,7 +218,10 @@ std::string enter_private_root(const PrivateRootOptions& options) {
   if (Error error = own_mount_namespace(); !error.empty()) return error;
   if (Error error = replace_data_directory(options.data_directory); !error.empty()) return error;
   if (Error error = replace_dev(); !error.empty()) return error;
-  return options.private_etc ? replace_etc() : Error();
+  if (options.private_etc) {
+    if (Error error = replace_etc(); !error.empty()) return error;
+  }
+  return options.private_boot ? replace_boot_files() : Error();
 }
 
 std::string make_node_placeholder(const std::string& path) {

@@ -26,6 +26,12 @@ struct Connection {
   ~Connection() {
     if (fd >= 0) close(fd);
   }
+
+  // False, with errno set: nobody listens there.
+  bool reach_runner() const {
+    const sockaddr_un address{AF_UNIX, ZELKORA_SIM_SOCKET_PATH};
+    return connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  }
 };
 
 Answer no_connection(int error) {
@@ -37,11 +43,12 @@ Answer no_connection(int error) {
 }
 
 // One request; appends the part of the answer that came and returns the header.
-std::optional<SimReply> exchange(int fd, const std::string& line, std::string& text) {
+std::optional<SimReply> exchange(int fd, uint32_t operation, const std::string& data,
+                                 std::string& text) {
   SimRequest request{};
-  request.operation = SIM_QUERY;
+  request.operation = operation;
   request.argument = text.size();
-  iovec sent[] = {{&request, sizeof request}, {const_cast<char*>(line.data()), line.size()}};
+  iovec sent[] = {{&request, sizeof request}, {const_cast<char*>(data.data()), data.size()}};
   SimReply reply{};
   std::array<char, SIM_MAX_DATA> room;
   iovec received[] = {{&reply, sizeof reply}, {room.data(), room.size()}};
@@ -58,16 +65,25 @@ std::optional<SimReply> exchange(int fd, const std::string& line, std::string& t
 
 }  // namespace
 
+Answer run_stand_in(std::span<char* const> words) {
+  const Connection connection;
+  if (!connection.reach_runner()) return no_connection(errno);
+  std::string data;
+  for (const char* word : words) data.append(word).push_back('\0');
+  Answer answer;
+  const auto reply = exchange(connection.fd, SIM_RUN, data, answer.text);
+  if (!reply) return no_connection(ECONNREFUSED);
+  answer.status = reply->result;
+  return answer;
+}
+
 Answer ask_runner(const std::string& line) {
   const Connection connection;
-  const sockaddr_un address{AF_UNIX, ZELKORA_SIM_SOCKET_PATH};
-  if (connect(connection.fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    return no_connection(errno);
-  }
+  if (!connection.reach_runner()) return no_connection(errno);
   Answer answer;
   for (;;) {
     const size_t had = answer.text.size();
-    const auto reply = exchange(connection.fd, line, answer.text);
+    const auto reply = exchange(connection.fd, SIM_QUERY, line, answer.text);
     if (!reply) return no_connection(ECONNREFUSED);
     answer.status = reply->result;
     // An answer longer than one message is fetched part by part.

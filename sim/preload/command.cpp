@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "command.h"
 
+#include <paths.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "host_commands.h"
 #include "protocol.h"
 
 namespace zelkora::sim {
@@ -30,6 +32,8 @@ void prepend(const char* variable, std::string value) {
 
 void prepare_environment(bool no_waits) {
   prepend("LD_PRELOAD", ZELKORA_SIM_LIBRARY_PATH);
+  setenv("PATH", _PATH_DEFPATH, 0);
+  prepend("PATH", ZELKORA_SIM_COMMANDS_PATH);
   // Sanitized programs would refuse to start behind a preloaded library.
   prepend("ASAN_OPTIONS", "verify_asan_link_order=0");
   if (no_waits) {
@@ -57,9 +61,14 @@ void prepare_environment(bool no_waits) {
 
 }  // namespace
 
+std::string find_executable() {
+  std::error_code code;
+  return fs::read_symlink("/proc/self/exe", code);
+}
+
 std::string find_preload_library() {
   std::error_code code;
-  const fs::path directory = fs::read_symlink("/proc/self/exe", code).parent_path();
+  const fs::path directory = fs::path(find_executable()).parent_path();
   for (const fs::path& place : {directory, directory / ZELKORA_SIM_LIBRARY_DIR}) {
     const fs::path library = place / kLibraryName;
     if (fs::exists(library, code)) return fs::canonical(library, code);
@@ -72,6 +81,16 @@ std::string install_preload_library(const std::string& library) {
   fs::create_directories(ZELKORA_SIM_DIRECTORY, code);
   if (!code) fs::create_symlink(library, ZELKORA_SIM_LIBRARY_PATH, code);
   return code ? "cannot create " ZELKORA_SIM_LIBRARY_PATH ": " + code.message() : std::string();
+}
+
+std::string install_stand_ins(const std::string& executable) {
+  const fs::path directory = ZELKORA_SIM_COMMANDS_PATH;
+  std::error_code code;
+  fs::create_directories(directory, code);
+  for (const std::string_view name : HostCommands::names()) {
+    if (!code) fs::create_symlink(executable, directory / name, code);
+  }
+  return code ? "cannot fill " ZELKORA_SIM_COMMANDS_PATH ": " + code.message() : std::string();
 }
 
 pid_t start_command(const std::vector<std::string>& words, bool no_waits) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -47,7 +48,7 @@ struct HelpFormatter : CLI::Formatter {
   std::string make_usage(const CLI::App* app, std::string name) const override {
     if (app->get_parent() != nullptr) return CLI::Formatter::make_usage(app, name);
     return "Usage: zelkora-sim [OPTIONS] -- COMMAND [ARG...]\n"
-           "       zelkora-sim QUERY PANEL [ARG...]    inside a session\n";
+           "       zelkora-sim QUERY [ARG...]    inside a session\n";
   }
 };
 
@@ -71,7 +72,8 @@ void add_options(CLI::App& app, Options& options) {
   app.add_option("--data", options.data_directory,
                  "Show DIR as /opt/.touch_panel and keep what is written there")
       ->type_name("DIR");
-  app.add_option("--trace", options.trace_file, "Write each call on a virtual node to FILE")
+  app.add_option("--trace", options.trace_file,
+                 "Write each call on a virtual node, and each stand-in run, to FILE")
       ->type_name("FILE");
   app.add_flag("--no-waits", options.no_waits, "Have sleep() and usleep() return at once");
   app.add_option("COMMAND", options.command, "What to run, behind --")->type_name("");
@@ -79,7 +81,7 @@ void add_options(CLI::App& app, Options& options) {
 
 // Inside a session: the words behind the name are passed on to the runner as they are.
 void add_query(CLI::App& app, const QueryUsage& usage, Query& query) {
-  const auto arguments = split(usage.arguments, ' ');
+  const auto arguments = usage.argument_names();
   query.command = app.add_subcommand(std::string(usage.name), std::string(usage.help));
   query.command->group("");  // listed behind the options, with their arguments
   query.words.resize(arguments.size());
@@ -117,9 +119,10 @@ std::string describe_panels(const Options& options, std::vector<PanelDescription
 
 // Everything that needs the real file system comes before the private root.
 std::string enter_session(Options& options, Panels& panels, Server& server) {
+  const std::string executable = find_executable();
   const std::string library = find_preload_library();
   if (library.empty()) return "libzelkora-sim-preload.so is missing; build or install it";
-  PrivateRootOptions root;
+  PrivateRootOptions root{.private_boot = true};
   if (!options.data_directory.empty()) {
     std::error_code code;
     std::filesystem::create_directories(options.data_directory, code);
@@ -128,6 +131,7 @@ std::string enter_session(Options& options, Panels& panels, Server& server) {
   }
   std::string problem = enter_private_root(root);
   if (problem.empty()) problem = install_preload_library(library);
+  if (problem.empty()) problem = install_stand_ins(executable);
   if (problem.empty()) problem = panels.create_files();
   return problem.empty() ? server.listen() : problem;
 }
@@ -145,6 +149,8 @@ int run_session(Options& options) {
     trace.open(options.trace_file);
     if (!trace) return fail("cannot write " + options.trace_file + ": " + std::strerror(errno));
     panels.kernel().set_trace([&trace](const std::string& line) { trace << line << std::endl; });
+    panels.commands()->set_trace(
+        [&trace](const std::string& line) { trace << "run " << line << std::endl; });
   }
   Server server(panels);
   const std::string problem = enter_session(options, panels, server);
@@ -188,11 +194,27 @@ int run(int argc, char** argv) {
   return run_session(options);
 }
 
+bool is_stand_in(std::string_view program) {
+  const auto names = HostCommands::names();
+  return std::ranges::find(names, program.substr(program.rfind('/') + 1)) != names.end();
+}
+
+// This executable under the name of a command.
+int stand_in(std::span<char*> words) {
+  std::string name(words[0]);
+  name.erase(0, name.rfind('/') + 1);
+  words[0] = name.data();
+  const Answer answer = run_stand_in(words);
+  std::fputs(answer.text.c_str(), answer.status == kExitDone ? stdout : stderr);
+  return answer.status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    return run(argc, argv);
+    const std::span words(argv, static_cast<size_t>(argc));
+    return is_stand_in(words[0]) ? stand_in(words) : run(argc, argv);
   } catch (const std::exception& error) {
     return fail(error.what());
   }

@@ -88,6 +88,15 @@ std::string port_of(const PanelDescription& panel) {
   return serial != nullptr ? "/dev/" + serial->port : "";
 }
 
+std::vector<std::string> ports_of(std::span<const PanelDescription> panels) {
+  std::vector<std::string> ports;
+  for (const PanelDescription& panel : panels) {
+    const auto* serial = std::get_if<SerialDescription>(&panel.controller);
+    if (serial != nullptr) ports.push_back(serial->port);
+  }
+  return ports;
+}
+
 }  // namespace
 
 Panels::Panel::Panel(const PanelDescription& described, size_t number)
@@ -96,7 +105,7 @@ Panels::Panel::Panel(const PanelDescription& described, size_t number)
       port(port_of(described)),
       description(described) {}
 
-Panels::Panels(std::span<const PanelDescription> descriptions) {
+Panels::Panels(std::span<const PanelDescription> descriptions) : commands_(ports_of(descriptions)) {
   for (const PanelDescription& description : descriptions) {
     plug(*panels_.emplace_back(std::make_unique<Panel>(description, panels_.size())));
   }

@@ -25,6 +25,8 @@ class Panels final : public PluggedPanels {
   VirtualPanel& panel(size_t number) override { return panels_[number]->panel; }
   bool unplug(size_t number) override;
 
+  HostCommands* commands() override { return &commands_; }
+
   VirtualKernel& kernel() { return kernel_; }
 
   // Creates the placeholders and the default product-name lists. To be called in the private root.
@@ -52,6 +54,7 @@ class Panels final : public PluggedPanels {
   std::string create_name_lists() const;
 
   std::vector<std::unique_ptr<Panel>> panels_;
+  HostCommands commands_;
   VirtualKernel kernel_;  // after the panels: it goes first and never sees a dead device
 };
 

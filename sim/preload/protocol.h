@@ -18,6 +18,7 @@
 #define ZELKORA_SIM_DIRECTORY "/dev/zelkora-sim"
 #define ZELKORA_SIM_SOCKET_PATH ZELKORA_SIM_DIRECTORY "/socket"
 #define ZELKORA_SIM_LIBRARY_PATH ZELKORA_SIM_DIRECTORY "/preload.so"
+#define ZELKORA_SIM_COMMANDS_PATH ZELKORA_SIM_DIRECTORY "/bin" /* first in PATH */
 
 /* Set in the environment: sleep() and usleep() return at once. */
 #define ZELKORA_SIM_NO_WAITS_VARIABLE "ZELKORA_SIM_NO_WAITS"
@@ -27,7 +28,8 @@ enum {
   SIM_IOCTL = 2, /* data: the memory that the argument points to, sim_request_size() */
   SIM_READ = 3,
   SIM_WRITE = 4, /* data: the bytes to write */
-  SIM_QUERY = 5  /* data: words separated by one blank; needs no node */
+  SIM_QUERY = 5, /* data: words separated by one blank; needs no node */
+  SIM_RUN = 6    /* data: a command, a NUL behind each word; needs no node */
 };
 
 /* The terminal settings as the kernel's requests carry them, which are not those of <termios.h>. */
@@ -65,12 +67,13 @@ struct SimRequest {
 };
 
 struct SimReply {
-  int32_t result;  /* of the system call, -errno for a failure; SIM_QUERY: an exit status */
+  int32_t result; /* of the system call, -errno for a failure; SIM_QUERY, SIM_RUN: an exit status */
   uint32_t length; /* SIM_QUERY: bytes of the whole answer, of which the data is a part */
 };
 
 /* The data of a reply: what SIM_IOCTL changed in the memory (nothing when it changed nothing, so
- * that memory which is only read may be read-only), the bytes that SIM_READ got, a text. */
+ * that memory which is only read may be read-only), the bytes that SIM_READ got, a text (of SIM_RUN as much as a
+ * message holds). */
 
 static_assert(sizeof(struct SimRequest) == 24, "the request header has no padding");
 static_assert(sizeof(struct SimTermios) == 36, "the settings have the kernel's layout");

@@ -19,6 +19,7 @@
 #include <string_view>
 
 #include "panel_queries.h"
+#include "typed_text.h"
 
 namespace zelkora::sim {
 namespace {
@@ -127,6 +128,7 @@ SimReply Server::perform(Connection& connection, const SimRequest& request, std:
                          std::vector<uint8_t>& answer) {
   VirtualKernel& kernel = panels_.kernel();
   if (request.operation == SIM_QUERY) return perform_query(request, data, answer);
+  if (request.operation == SIM_RUN) return perform_run(data, answer);
   if (request.operation == SIM_OPEN) {
     if (!kernel.owns(text(data))) return {-ENOENT, 0};
     const int handle = kernel.open(text(data), request.flags);
@@ -169,6 +171,16 @@ SimReply Server::perform_query(const SimRequest& request, std::span<const uint8_
   const std::string_view part = std::string_view(whole.text).substr(first, SIM_MAX_DATA);
   answer.assign(part.begin(), part.end());
   return {whole.status, static_cast<uint32_t>(whole.text.size())};
+}
+
+SimReply Server::perform_run(std::span<const uint8_t> data, std::vector<uint8_t>& answer) {
+  std::vector<std::string> words;
+  for (const std::string_view word : split(text(data), '\0')) words.emplace_back(word);
+  words.pop_back();  // nothing behind the last NUL
+  const HostCommands::Outcome outcome = panels_.commands()->run(words);
+  const std::string_view part = std::string_view(outcome.text).substr(0, SIM_MAX_DATA);
+  answer.assign(part.begin(), part.end());
+  return {outcome.status, static_cast<uint32_t>(part.size())};
 }
 
 }  // namespace zelkora::sim

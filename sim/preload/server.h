@@ -44,6 +44,7 @@ class Server {
                          std::vector<uint8_t>& answer);
   SimReply perform_query(const SimRequest& request, std::span<const uint8_t> data,
                          std::vector<uint8_t>& answer);
+  SimReply perform_run(std::span<const uint8_t> data, std::vector<uint8_t>& answer);
 
   Panels& panels_;
   int listener_ = -1;

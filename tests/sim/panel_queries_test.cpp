@@ -26,6 +26,10 @@ class Rack final : public PluggedPanels {
   size_t size() const override { return panels_.size(); }
   VirtualPanel& panel(size_t number) override { return *panels_[number]; }
   bool unplug(size_t number) override { return unplugged.insert(number).second; }
+  HostCommands* commands() override { return has_stand_ins ? &stand_ins : nullptr; }
+
+  HostCommands stand_ins{{}};
+  bool has_stand_ins = true;
 
   std::set<size_t> unplugged;
 
@@ -173,6 +177,28 @@ TEST_F(PanelQueriesTest, UnplugAPanelOnce) {
   EXPECT_EQ(again.text, "panel 1 is unplugged already");
 }
 
+TEST_F(PanelQueriesTest, ListTheCommandsRun) {
+  EXPECT_TRUE(answer_query(rack_, "commands").is_list);
+  EXPECT_EQ(ask("commands"), "");
+  rack_.stand_ins.run(std::vector<std::string>{"dmesg"});
+  rack_.stand_ins.run(std::vector<std::string>{"pgrep", "vastrel1"});
+  EXPECT_EQ(ask("commands"), "dmesg\npgrep vastrel1 -> 1\n");
+}
+
+TEST_F(PanelQueriesTest, HaveCommandsFail) {
+  EXPECT_EQ(ask("command-fails dmesg 3"), "");
+  EXPECT_EQ(rack_.stand_ins.run(std::vector<std::string>{"dmesg"}).status, 3);
+  EXPECT_EQ(ask("command-fails dmesg 0"), "");
+  EXPECT_EQ(rack_.stand_ins.run(std::vector<std::string>{"dmesg"}).status, 0);
+}
+
+TEST_F(PanelQueriesTest, LeaveTheMachinesOwnCommandsAlone) {
+  rack_.has_stand_ins = false;
+  const Answer answer = answer_query(rack_, "commands");
+  EXPECT_EQ(answer.status, kExitUsage);
+  EXPECT_EQ(answer.text, "the commands here are the machine's own");
+}
+
 TEST_F(PanelQueriesTest, RefuseWhatIsWrongWithTheReason) {
   struct Case {
     const char* line;
@@ -207,6 +233,10 @@ TEST_F(PanelQueriesTest, RefuseWhatIsWrongWithTheReason) {
        "'x' is no value for 'bad-checksums': expected COUNT, 0..1000000"},
       {"value 1 86", kExitUsage,
        "'value' is a query to resistive panels, and this one is of kind pct8752"},
+      {"commands 0", kExitUsage, "commands is followed by nothing"},
+      {"command-fails dmesg", kExitUsage, "command-fails is followed by NAME STATUS"},
+      {"command-fails dmesg 256", kExitUsage, "STATUS lies in 0..255"},
+      {"command-fails rm 1", kExitUsage, "NAME is one of dmesg killall pgrep pidof systemctl"},
       {"fault 0 streaming", kExitUsage, "'streaming' is no fault of a panel of this kind"},
       {"line-settings 0", kExitUsage,
        "'line-settings' is a query to serial panels, and this one is of kind resistive"},

@@ -130,6 +130,43 @@ TEST_F(PrivateRootTest, SaysWhichDataDirectoryIsMissing) {
   }));
 }
 
+TEST_F(PrivateRootTest, HasBootFilesThatTheMachineNeverSees) {
+  const std::set<std::string> before = names_in("/etc");
+  EXPECT_TRUE(in_child([&] {
+    if (!enter_private_root({.private_boot = true}).empty()) return false;
+    for (const char* directory : {"/etc/rc.d", "/etc/udev/rules.d", "/lib/udev/rules.d"}) {
+      if (!names_in(directory).empty()) return false;
+      put(fs::path(directory) / "zelkora-test", "private");
+      if (content(fs::path(directory) / "zelkora-test") != "private") return false;
+    }
+    if (fs::exists("/etc/rc.local")) return false;
+    put("/etc/rc.local", "private");
+    return content("/etc/rc.local") == "private" && fs::exists("/etc/passwd");
+  }));
+  EXPECT_EQ(names_in("/etc"), before);
+  EXPECT_FALSE(fs::exists("/lib/udev/rules.d/zelkora-test"));
+}
+
+TEST_F(PrivateRootTest, HidesTheMachinesBootFiles) {
+  EXPECT_TRUE(in_child([&] {
+    fs::create_directories("/etc/rc.d");
+    fs::create_directories("/etc/udev/rules.d");
+    fs::create_directories("/etc/udev/hwdb.d");
+    for (const char* file : {"/etc/rc.local", "/etc/rc.d/rc.local", "/etc/udev/rules.d/1.rules"}) {
+      put(file, "the machine's");
+    }
+    return enter_private_root({.private_boot = true}).empty() && !fs::exists("/etc/rc.local") &&
+           names_in("/etc/rc.d").empty() && names_in("/etc/udev/rules.d").empty() &&
+           names_in("/etc/udev") == std::set<std::string>{"hwdb.d", "rules.d"};
+  }));
+  for (const char* file : {"/etc/rc.local", "/etc/rc.d/rc.local", "/etc/udev/rules.d/1.rules"}) {
+    EXPECT_EQ(content(file), "the machine's") << file;
+    fs::remove(file);
+  }
+  fs::remove_all("/etc/rc.d");
+  fs::remove_all("/etc/udev");
+}
+
 TEST_F(PrivateRootTest, ShowsAndHidesNodes) {
   EXPECT_EQ(make_node_placeholder("/dev/bus/deep/hiddev3"), "");
   EXPECT_TRUE(fs::is_regular_file("/dev/bus/deep/hiddev3"));
