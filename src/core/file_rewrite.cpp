@@ -55,21 +55,19 @@ Outcome outcome_of_error(int error) {
   return forbidden ? Outcome::kForbidden : Outcome::kFailed;
 }
 
-Outcome write_beside(const char* path, const struct stat& old, std::string_view content) {
-  char temporary[PATH_MAX];
-  const int length = std::snprintf(temporary, sizeof temporary, "%s.XXXXXX", path);
-  if (length < 0 || static_cast<size_t>(length) >= sizeof temporary) return Outcome::kForbidden;
-  const ScopedFd descriptor(mkostemp(temporary, O_CLOEXEC));
-  if (!descriptor) return outcome_of_error(errno);
-
-  if (fchown(descriptor.get(), old.st_uid, old.st_gid) != 0 ||
-      fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
-    const Outcome outcome = outcome_of_error(errno);
-    unlink(temporary);
-    return outcome;
+// A file beside another, to take its place.
+struct Temporary {
+  explicit Temporary(const char* path) {
+    const int length = std::snprintf(name, sizeof name, "%s.XXXXXX", path);
+    fits = length >= 0 && static_cast<size_t>(length) < sizeof name;
   }
-  if (!write_all(descriptor.get(), content) || fsync(descriptor.get()) != 0 ||
-      rename(temporary, path) != 0) {
+  bool fits;
+  char name[PATH_MAX];
+};
+
+Outcome fill_and_rename(int descriptor, const char* temporary, const char* path,
+                        std::string_view content) {
+  if (!write_all(descriptor, content) || fsync(descriptor) != 0 || rename(temporary, path) != 0) {
     unlink(temporary);
     return Outcome::kFailed;
   }
@@ -77,15 +75,31 @@ Outcome write_beside(const char* path, const struct stat& old, std::string_view 
   return Outcome::kDone;
 }
 
-// What a file has that is created now. Its owner and group are those that it gets by itself.
-struct stat new_file_status() {
-  struct stat status {};
-  const mode_t mask = umask(0);
-  umask(mask);
-  status.st_uid = static_cast<uid_t>(-1);
-  status.st_gid = static_cast<gid_t>(-1);
-  status.st_mode = 0666 & ~mask;
-  return status;
+Outcome write_beside(const char* path, const struct stat& old, std::string_view content) {
+  Temporary temporary(path);
+  if (!temporary.fits) return Outcome::kForbidden;
+  const ScopedFd descriptor(mkostemp(temporary.name, O_CLOEXEC));
+  if (!descriptor) return outcome_of_error(errno);
+  if (fchown(descriptor.get(), old.st_uid, old.st_gid) != 0 ||
+      fchmod(descriptor.get(), old.st_mode & 07777) != 0) {
+    const Outcome outcome = outcome_of_error(errno);
+    unlink(temporary.name);
+    return outcome;
+  }
+  return fill_and_rename(descriptor.get(), temporary.name, path, content);
+}
+
+// A new file appears with its content: callers take one that is there for complete.
+Outcome write_new(const char* path, std::string_view content) {
+  Temporary temporary(path);
+  if (!temporary.fits) return Outcome::kForbidden;
+  // mkostemp() finds the free name. The file itself is made by open(), which gives it the mode that
+  // the process gives its files: only open() can ask for that mask without changing it.
+  if (!ScopedFd(mkostemp(temporary.name, O_CLOEXEC))) return outcome_of_error(errno);
+  unlink(temporary.name);
+  const ScopedFd descriptor(::open(temporary.name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+  if (!descriptor) return outcome_of_error(errno);
+  return fill_and_rename(descriptor.get(), temporary.name, path, content);
 }
 
 }  // namespace
@@ -93,9 +107,8 @@ struct stat new_file_status() {
 bool replace_file(const char* path, std::string_view content) {
   struct stat status;
   const bool existed = lstat(path, &status) == 0;
-  // A new file appears with its content: callers take one that is there for complete.
   if (!existed && errno == ENOENT) {
-    const Outcome outcome = write_beside(path, new_file_status(), content);
+    const Outcome outcome = write_new(path, content);
     if (outcome != Outcome::kForbidden) return outcome == Outcome::kDone;
   }
   // Opened for writing first: a file that its user may not write stays as it is, even where its

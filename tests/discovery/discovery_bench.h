@@ -121,7 +121,7 @@ class DiscoveryBench : public Bench {
     Bench::SetUp();
     host.debug = 1;
     DbgFlag = 1;
-    for (const char* name : {".pctuniq", ".pctpbin"}) {
+    for (const char* name : {".pctuniq", ".pctpbin", ".restpbin"}) {
       answer_command({.command = "chmod 777 \"" + data_file(name) + "\""});
     }
   }

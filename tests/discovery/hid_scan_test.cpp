@@ -39,7 +39,8 @@ TEST_F(HidScanTest, GetTouchPanelsSaysItsStepsInOrder) {
   EXPECT_EQ(GetTouchPanels(0), 0);
   EXPECT_EQ(messages(),
             joined({{"can't open pct manuflist\n", "GetTouchPanels--start\n",
-                     "can't open Res manuflist\n", "GetTouchPanels---FindMyHidDevice\n"},
+                     "can't open Res manuflist\n", "GetSerialDevceNameConf--start\n",
+                     "GetSerialDevceNameConf--end\n", "GetTouchPanels---FindMyHidDevice\n"},
                     kWalk,
                     kRawWalk,
                     {"GetTouchPanels DeviceNumber:0---end\n"}}));

@@ -80,7 +80,7 @@ TEST_F(UsbSetupTest, GivesAPanelARecordAndBringsItsFlashInLine) {
 
 TEST_F(UsbSetupTest, ARecordThatCannotBeSavedEndsIt) {
   add_usb_panel();
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(set_up(), 0);
   EXPECT_EQ(steps(), (Lines{"open", "read saved", "write saved", "close"}));
 }
@@ -244,7 +244,7 @@ TEST_F(SerialSetupTest, OtherVersionsAreSupported) {
 
 TEST_F(SerialSetupTest, ARecordThatCannotBeSavedLeavesTheFlashAlone) {
   add_serial_panel();
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(set_up(), 0);
   EXPECT_EQ(steps(), (Lines{"open", "ZZ", "OI", "read saved", "write saved", "close"}));
 }

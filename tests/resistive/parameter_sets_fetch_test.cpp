@@ -113,7 +113,7 @@ TEST_F(WholeSetTest, FetchingFromADeviceThatDoesNotOpenDoesNothing) {
 TEST_F(WholeSetTest, LoadingReportsAWorkingCopyThatCannotBeWritten) {
   add_usb_panel();
   write_file(kSavedFile, file_of(kSaved));
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(fetch(0), 0);
   EXPECT_EQ(payload_of(record), payload_of(record_named(kSaved)));
 }
@@ -122,22 +122,22 @@ TEST_F(WholeSetTest, EditingBeginsWithTheWorkingCopysResult) {
   Panel& panel = add_usb_panel();
   write_file(kSavedFile, file_of(kSaved));
   panel.controller.set_value(91, static_cast<uint16_t>(flash_checksum(record_named(kSaved))));
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(fetch(3), 0);
   // The same with another flash succeeds: the write of the flash has the last word.
   panel.controller.set_value(91, 0);
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(fetch(3), 1);
 }
 
 TEST_F(WholeSetTest, DefaultsThatCannotBeSavedDoNotStopAnEdit) {
   Panel& panel = add_usb_panel();
   panel.controller.set_value(91, static_cast<uint16_t>(flash_checksum(default_record())));
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(fetch(3), 1);
   EXPECT_EQ(read_file(kWorkingFile), file_of(kDefaultsOverMine));
   EXPECT_FALSE(std::filesystem::exists(kSavedFile));
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(fetch(7), 0);
 }
 
@@ -221,7 +221,7 @@ TEST_F(WholeSetTest, ASetIsStoredOnlyWhereTheTwoRecordsDiffer) {
 
 TEST_F(WholeSetTest, AStoreThatFailsIsReported) {
   add_usb_panel();
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(quietly([&] { return SetCurrenAllParame(0, &record); }), 0);
   EXPECT_EQ(steps(), (Lines{"open", "read saved", "write saved", "close"}));
 }

@@ -146,7 +146,7 @@ TEST_F(SaveFailureTest, TheCallIsLoggedFromStartToEnd) {
 
 TEST_F(SaveFailureTest, SavingReportsTheSavedFileWhenTheFlashIsInLine) {
   bring_in_line(add_usb_panel());
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(save(1), 0);
   EXPECT_EQ(steps(), (Lines{"open", "write working", "write saved", "GP5B", "close"}));
   EXPECT_EQ(read_file(kWorkingFile), stored_record(kUsbPhys, payload_of(record)));
@@ -154,15 +154,15 @@ TEST_F(SaveFailureTest, SavingReportsTheSavedFileWhenTheFlashIsInLine) {
 
 TEST_F(SaveFailureTest, AWorkingCopyThatCannotBeWrittenDoesNotStopTheSaving) {
   bring_in_line(add_usb_panel());
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(save(1), 1);
   EXPECT_EQ(read_file(kSavedFile), stored_record(kUsbPhys, payload_of(record)));
 }
 
 TEST_F(SaveFailureTest, TheFlashIsWrittenEvenWhenNeitherFileCanBe) {
   add_usb_panel();
-  fail_file_call("open", kSavedFile, EACCES);
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(save(1), 1);
   EXPECT_EQ(steps(), joined({{"open", "write working", "write saved", "GP5B"},
                              flash_steps(record),
@@ -171,7 +171,7 @@ TEST_F(SaveFailureTest, TheFlashIsWrittenEvenWhenNeitherFileCanBe) {
 
 TEST_F(SaveFailureTest, StoringIsNotASuccessOfItsOwn) {
   add_usb_panel();
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(save(6), 1);
   EXPECT_EQ(steps(), joined({{"open", "write saved"}, flash_steps(record), {"close"}}));
 }

@@ -134,19 +134,19 @@ TEST_F(SerialSetTest, OnlyFetchingIsLogged) {
 }
 
 TEST_F(SerialSetTest, SavingReportsTheSavedFile) {
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(quietly([&] { return ResSerSetAllParams(0, &record, 1); }), 0);
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(quietly([&] { return ResSerSetAllParams(0, &record, 6); }), 0);
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(quietly([&] { return ResSerSetAllParams(0, &record, 1); }), 1);
 }
 
 TEST_F(SerialSetTest, AnEditReportsTheWorkingCopy) {
-  fail_file_call("open", kSavedFile, EACCES);
+  fail_file_call("rename", kSavedFile, EACCES);
   EXPECT_EQ(quietly([&] { return ResSerGetAllParams(0, &record, 3); }), 1);
   EXPECT_FALSE(std::filesystem::exists(kSavedFile));
-  fail_file_call("open", kWorkingFile, EACCES);
+  fail_file_call("rename", kWorkingFile, EACCES);
   EXPECT_EQ(quietly([&] { return ResSerGetAllParams(0, &record, 3); }), 0);
   EXPECT_TRUE(std::filesystem::exists(kSavedFile));
 }

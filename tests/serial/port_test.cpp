@@ -101,9 +101,9 @@ TEST_F(SerialPortTest, OpenAsksWhoIsThereAndForTheFirmware) {
 }
 
 TEST_F(SerialPortTest, OpenBuildsThePathBeneathDev) {
-  attach_serial("/dev/serial/by-id.1");
-  EXPECT_EQ(OpenSerialDevice("serial/by-id.1"), 1);
-  EXPECT_EQ(trace()[1], "open /dev/serial/by-id.1 O_RDWR|O_NONBLOCK|O_NOCTTY");
+  attach_serial("/dev/usb/by-id.1");
+  EXPECT_EQ(OpenSerialDevice("usb/by-id.1"), 1);
+  EXPECT_EQ(trace()[1], "open /dev/usb/by-id.1 O_RDWR|O_NONBLOCK|O_NOCTTY");
 }
 
 TEST_F(SerialPortTest, OpenReportsThePortThatCannotBeOpened) {

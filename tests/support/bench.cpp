@@ -114,6 +114,8 @@ void Bench::unplug(const SerialPanel& panel) {
 
 void Bench::write_resistive_list(const std::string& text) {
   write_file(data_file("rmanuflist.conf"), text);
+  // A panel that is found gets a stored record.
+  answer_command({.command = "chmod 777 \"" + data_file(".restpbin") + "\""});
 }
 
 Panel& Bench::open_resistive(const PanelOptions& options) {
