@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The list of serial panels that the last refresh found, and texts that name serial ports.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -50,6 +51,11 @@ bool zelkora::serial::PortName::is_safe() const {
          !contains(name, "..");
 }
 
+std::string_view zelkora::serial::listable(std::string_view text) {
+  const auto end = std::ranges::find_if(text, [](char c) { return c < ' ' || c > '~'; });
+  return {text.data(), static_cast<size_t>(end - text.begin())};
+}
+
 int GetSerDevInfo(void) {
   const zelkora::ScopedFile file(std::fopen(kSerialPanels, "r"));
   if (!file) return 0;
@@ -83,7 +89,9 @@ void UpdateSerFw(const char* phys, const char* fw) {
     // have learned to look.
     char key[sizeof "FW0"];
     std::snprintf(key, sizeof key, "FW%d", i);
-    set_conf_option_str(kSerialPanels, key, fw);
+    char value[sizeof SerialPanelSlot::FWVersion];
+    zelkora::set_text(value, zelkora::serial::listable(fw));
+    set_conf_option_str(kSerialPanels, key, value);
   }
 }
 

@@ -26,14 +26,6 @@ namespace {
 
 constexpr int kListWritten = 6;  // callers know this number
 
-// Text of a controller or of the list, as far as it may stand in a line of the list.
-void write_value(FILE* out, std::string_view text) {
-  for (const char c : text) {
-    if (c < ' ' || c > '~') break;
-    std::fputc(c, out);
-  }
-}
-
 // A slot becomes the next table entry, with a stored parameter record.
 void enter(const SerialPanelSlot& slot) {
   if (DeviceNumber < 0 || DeviceNumber >= ZELKORA_MAX_DEVICES) return;
@@ -85,7 +77,7 @@ int SetSerialDeviceConf(void) {
         if (!name.is_safe()) return;
         ++count;
         std::fprintf(list.stream(), "SerialDevice%d=%s\nFW%d=", number, name.text, number);
-        write_value(list.stream(), zelkora::field_text(entry.FWVersion));
+        list.write(zelkora::serial::listable(zelkora::field_text(entry.FWVersion)));
         std::fputc('\n', list.stream());
       });
   if (!list.commit(zelkora::paths::kSerialPanels) || count == 0) return 0;

@@ -32,6 +32,9 @@ struct PortName {
   char text[kNameSize];
 };
 
+// A controller's text as far as it may stand in a line of the list: printable.
+std::string_view listable(std::string_view text);
+
 // Calls visit(number, name, entry) for each serial panel of the device table, numbered from 1.
 template <typename Visit>
 void for_each_serial_panel(Visit visit) {

@@ -54,6 +54,8 @@ const FirmwareRow kFirmwareRows[] = {
      "FW0=V2.0\nSerialDevice1=ttyS1\nFW1=V2.0\nSerialDevice2=ttyS12\nFW2=V1.0\n"},
     {"NotThePanelWhoseNameIsLonger", "ttyS1", "V2.0", "FW0=\nSerialDevice1=ttyS12\nFW1=V1.0\n",
      "FW0=\nSerialDevice1=ttyS12\nFW1=V1.0\n"},
+    {"TextUpToALineFeed", "ttyS0", "V2.0\nSerialDevice4=ttyS9",
+     "FW0=\nSerialDevice1=ttyS0\nFW1=V1.0\n", "FW0=V2.0\nSerialDevice1=ttyS0\nFW1=V1.0\n"},
     {"UnlistedPanel", "ttyS5", "V2.0", "FW0=\nSerialDevice1=ttyS0\nFW1=V1.0\n",
      "FW0=\nSerialDevice1=ttyS0\nFW1=V1.0\n"},
     {"EmptyList", "ttyS0", "V2.0", "", ""},
