@@ -228,7 +228,9 @@ TEST_F(RecordStoreTest, WithoutADisplayTheRecordIsSavedAllTheSame) {
 
 TEST_F(RecordStoreTest, ReadingTheWorkingCopyAloneSetsThePlaceholderSerialNumber) {
   unsigned char(&number)[8] = TouchDevice[0].SN;
-  const auto as_text = [&number] { return std::string(number, number + sizeof number); };
+  const auto as_text = [] {
+    return std::string(std::begin(TouchDevice[0].SN), std::end(TouchDevice[0].SN));
+  };
   const std::string zeros(8, '\0');
   const std::string placeholder = "\x01\x02\x03\x04\x05\x06\x07\x08";
   std::memset(number, 0, sizeof number);

@@ -9,7 +9,6 @@ namespace {
 
 using namespace zelkora::test;
 
-constexpr char kV12[] = "01 56 31 2E 32 0D";
 constexpr char kV30[] = "01 56 33 2E 30 0D";
 
 class PortScanTest : public SerialBench {

@@ -339,7 +339,7 @@ TEST_F(RefreshTest, HidrawNodesAreLookedAtWhenTheyCount) {
   EXPECT_EQ(RefreshSerialDevice(), 0);
   const Lines expected = traced({"FindMyHidDevice--end", "FindMyHidRawDevice--start"});
   const Lines& told = messages();
-  EXPECT_NE(std::ranges::search(told, expected).begin(), told.end());
+  EXPECT_NE(std::search(told.begin(), told.end(), expected.begin(), expected.end()), told.end());
   host.config[ZELKORA_CONFIG_HIDRAW] = 0;
   clear_trace();
   EXPECT_EQ(RefreshSerialDevice(), 0);
