@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "core/log.h"
-#include "core/text.h"
+#include "show_params.h"
 #include "zelkora.h"
 
 using zelkora::kTrace;
@@ -118,13 +118,7 @@ int SetPCTDefaultFlash(int index) {
   rec.DevNum = static_cast<unsigned>(index);
   const int result = SetMyHidDeviceParames(&rec);
   CloseTouchDevice(index);
-  DebugMsg(kTrace, "***SetPCTDefaultFlash SN:%s\n***", zelkora::SerialNumberText(rec.SN).text);
-  DebugMsg(kTrace,
-           "***SetPCTDefaultFlash beep:%d Play:%d freq:%d dura:%d scrno:%d click:%d right:%d "
-           "time:%d range:%d up:%d DisableReport:%d HideCursor:%d\n***",
-           rec.BeepOn, rec.PlayMethod, static_cast<int>(rec.Frequency), rec.Duration,
-           rec.ScreenNumber, rec.ClickMode, rec.DisableRight, rec.RightTime, rec.RightRange,
-           rec.RightUp, rec.DisableReport, rec.HideCursor);
+  zelkora::pct::log_parameters("SetPCTDefaultFlash ", rec);
   return result;
 }
 

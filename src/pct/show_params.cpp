@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: MIT
 //
 // A parameter record in words, on the debug trace.
-#include <cstring>
+#include "show_params.h"
+
+#include <cstddef>
 
 #include "core/log.h"
+#include "core/text.h"
 #include "zelkora.h"
 
 using zelkora::kTrace;
@@ -97,6 +100,16 @@ void show_resistive(const ResDevInfo& rec) {
 }
 
 }  // namespace
+
+void zelkora::pct::log_parameters(const char* heading, const PCTDevInfo& rec) {
+  DebugMsg(kTrace, "***%sSN:%s\n***", heading, SerialNumberText(rec.SN).text);
+  DebugMsg(kTrace,
+           "***%sbeep:%d Play:%d freq:%d dura:%d scrno:%d click:%d right:%d time:%d range:%d up:%d "
+           "DisableReport:%d HideCursor:%d\n***",
+           heading, rec.BeepOn, rec.PlayMethod, static_cast<int>(rec.Frequency), rec.Duration,
+           rec.ScreenNumber, rec.ClickMode, rec.DisableRight, rec.RightTime, rec.RightRange,
+           rec.RightUp, rec.DisableReport, rec.HideCursor);
+}
 
 void ShowParams(const void* rec, int type) {
   if (type == ZELKORA_TYPE_PCT) {

@@ -8,7 +8,7 @@
 #include "core/log.h"
 #include "core/paths.h"
 #include "core/scoped.h"
-#include "core/text.h"
+#include "pct/show_params.h"
 #include "record_file.h"
 #include "zelkora.h"
 
@@ -36,13 +36,7 @@ void show_parameters(const ParamStoreRecord& record) {
   DebugMsg(kTrace, "phys:%s\n", texts.phys);
   DebugMsg(kTrace, "SN:%s\n", texts.serial_number);
   DebugMsg(kTrace, "ID:%s\n", texts.usb_id);
-  DebugMsg(kTrace, "***SN:%s\n***", zelkora::SerialNumberText(info.SN).text);
-  DebugMsg(kTrace,
-           "***beep:%d Play:%d freq:%d dura:%d scrno:%d click:%d right:%d time:%d range:%d up:%d "
-           "DisableReport:%d HideCursor:%d\n***",
-           info.BeepOn, info.PlayMethod, static_cast<int>(info.Frequency), info.Duration,
-           info.ScreenNumber, info.ClickMode, info.DisableRight, info.RightTime, info.RightRange,
-           info.RightUp, info.DisableReport, info.HideCursor);
+  zelkora::pct::log_parameters("", info);
 }
 
 }  // namespace
