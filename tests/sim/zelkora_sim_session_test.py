@@ -48,11 +48,10 @@ class Sessions(SimulatorTest):
         self.assert_fails(2, "nothing to run", run([SIM, "--no-waits"]))
 
     def test_the_session_ends_with_its_command_and_not_with_what_that_left_running(self):
-        marker = self.path("marker")
-        script = "(while ! [ -e %s ]; do sleep 0.05; done) >/dev/null 2>&1 & exit 3" % marker
+        folder = os.path.dirname(self.path("any"))  # gone after the test, and so is what waits
+        script = "(while [ -d %s ]; do sleep 0.05; done) >/dev/null 2>&1 & exit 3" % folder
         started = time.monotonic()
         result = session(["sh", "-c", script])
-        open(marker, "w").close()
         self.assertEqual(3, result.returncode)
         self.assertLess(time.monotonic() - started, 30)
 
