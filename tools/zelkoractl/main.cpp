@@ -11,6 +11,7 @@
 
 #include "commands.h"
 #include "config.h"
+#include "eeprom_commands.h"
 #include "paths.h"
 #include "pct_settings.h"
 #include "resistive_settings.h"
@@ -25,6 +26,7 @@ struct CommandLine {
   std::string panel;
   std::string setting;
   std::string mode;
+  std::string file;
   std::vector<std::string> assignments;
 };
 
@@ -45,6 +47,12 @@ struct Command {
   bool has_panel;
   Run run;
   void (*add_more)(CLI::App& command, CommandLine& line) = nullptr;
+  const char* group = "";  // the command that this one belongs to, such as eeprom
+};
+
+struct Group {
+  const char* name;
+  const char* description;
 };
 
 void add_setting(CLI::App& command, CommandLine& line) {
@@ -67,6 +75,14 @@ void add_mode(CLI::App& command, CommandLine& line) {
       "The panel is reset when its mode changes, and may come back with another number "
       "and product id.");
 }
+
+void add_file(CLI::App& command, CommandLine& line) {
+  command.add_option("FILE", line.file, "Image file")->required()->type_name("");
+}
+
+constexpr Group kGroups[] = {
+    {"eeprom", "Save, compare and restore the whole EEPROM of a resistive panel"},
+};
 
 // clang-format off
 constexpr Command kCommands[] = {
@@ -92,10 +108,38 @@ constexpr Command kCommands[] = {
      [](const CommandLine& line) { return reset_panel(line.panel); }},
     {"serial-number", "Print the serial number of a projected-capacitive panel", true,
      [](const CommandLine& line) { return show_serial_number(line.panel); }},
+    {"backup", "Save the EEPROM in a file", true,
+     [](const CommandLine& line) { return back_up_eeprom(line.panel, line.file); }, add_file,
+     "eeprom"},
+    {"verify", "Compare the EEPROM with a file, byte by byte", true,
+     [](const CommandLine& line) { return verify_eeprom(line.panel, line.file); }, add_file,
+     "eeprom"},
+    {"diff", "Show what differs between a file and the EEPROM", true,
+     [](const CommandLine& line) { return diff_eeprom(line.panel, line.file); }, add_file,
+     "eeprom"},
+    {"restore", "Write a file into the EEPROM; what it held is saved in FILE.before", true,
+     [](const CommandLine& line) { return restore_eeprom(line.panel, line.file); }, add_file,
+     "eeprom"},
     {"screens", "List the lit screens, as the setting screen counts them", false,
      [](const CommandLine&) { return list_screens(); }},
 };
 // clang-format on
+
+void add_commands(CLI::App& app, CommandLine& line) {
+  for (const Group& group : kGroups) {
+    app.add_subcommand(group.name, group.description)->fallthrough()->require_subcommand(1);
+  }
+  for (const Command& command : kCommands) {
+    CLI::App& parent = *command.group == '\0' ? app : *app.get_subcommand(command.group);
+    CLI::App* added = parent.add_subcommand(command.name, command.description)->fallthrough();
+    if (command.has_panel) {
+      added->add_option("PANEL", line.panel, "Number of the panel, as listed")
+          ->required()
+          ->type_name("");
+    }
+    if (command.add_more != nullptr) command.add_more(*added, line);
+  }
+}
 
 void describe(CLI::App& app, CommandLine& line) {
   app.description("Lists touch panels, shows and changes their settings.");
@@ -111,20 +155,17 @@ void describe(CLI::App& app, CommandLine& line) {
          "Configuration file; without it " + std::string(paths::kConfig) + " when it is there")
       ->type_name("FILE");
 
-  for (const Command& command : kCommands) {
-    CLI::App* added = app.add_subcommand(command.name, command.description)->fallthrough();
-    if (command.has_panel) {
-      added->add_option("PANEL", line.panel, "Number of the panel, as listed")
-          ->required()
-          ->type_name("");
-    }
-    if (command.add_more != nullptr) command.add_more(*added, line);
-  }
+  add_commands(app, line);
 }
 
 Answer run_command(const CLI::App& app, const CommandLine& line) {
-  const std::string name = app.get_subcommands().front()->get_name();
-  return std::ranges::find(kCommands, name, &Command::name)->run(line);
+  const CLI::App* command = app.get_subcommands().front();
+  const std::vector<CLI::App*> inner = command->get_subcommands();
+  const std::string group = inner.empty() ? "" : command->get_name();
+  const std::string name = inner.empty() ? command->get_name() : inner.front()->get_name();
+  return std::ranges::find_if(
+             kCommands, [&](const Command& row) { return row.group == group && row.name == name; })
+      ->run(line);
 }
 
 Answer plain_answer(const char* key, const std::string& text) {
