@@ -15,6 +15,7 @@
 #include "paths.h"
 #include "pct_settings.h"
 #include "resistive_settings.h"
+#include "serial_commands.h"
 
 namespace zelkoractl {
 namespace {
@@ -82,6 +83,7 @@ void add_file(CLI::App& command, CommandLine& line) {
 
 constexpr Group kGroups[] = {
     {"eeprom", "Save, compare and restore the whole EEPROM of a resistive panel"},
+    {"serial", "Find panels on serial ports, and attach them"},
 };
 
 // clang-format off
@@ -120,6 +122,14 @@ constexpr Command kCommands[] = {
     {"restore", "Write a file into the EEPROM; what it held is saved in FILE.before", true,
      [](const CommandLine& line) { return restore_eeprom(line.panel, line.file); }, add_file,
      "eeprom"},
+    {"list", "List what the last refresh found", false,
+     [](const CommandLine&) { return list_serial(); }, nullptr, "serial"},
+    {"refresh", "Search all serial ports anew, and list the panels", false,
+     [](const CommandLine&) { return refresh_serial(); }, nullptr, "serial"},
+    {"enable", "Start the attach daemon of a panel", true,
+     [](const CommandLine& line) { return enable_serial(line.panel); }, nullptr, "serial"},
+    {"disable", "Stop the attach daemon of a panel", true,
+     [](const CommandLine& line) { return disable_serial(line.panel); }, nullptr, "serial"},
     {"screens", "List the lit screens, as the setting screen counts them", false,
      [](const CommandLine&) { return list_screens(); }},
 };

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "nodes.h"
+#include "paths.h"
 
 namespace zelkoractl {
 namespace {
@@ -46,7 +47,11 @@ Panel read_entry(int index) {
   const TouchDeviceEntry& entry = TouchDevice[index];
   Panel panel{index, GetTouchDeviceType(index), node, id, firmware, entry.Phys, 0, 0, "", ""};
   std::ranges::replace(panel.usb_id, '_', ':');
-  if (panel.is_pct()) {
+  if (panel.type == ZELKORA_TYPE_RESISTIVE_SERIAL) {
+    // Name and id are that of the port.
+    panel.node = std::string(paths::kDev) + "/" + panel.node;
+    panel.usb_id.clear();
+  } else if (panel.is_pct()) {
     read_pct(entry, panel);
   } else if (panel.firmware == kFirmwareQueryEchoed) {
     panel.firmware.clear();
@@ -145,7 +150,11 @@ Failure cannot_open(const Panel& panel) {
 }
 
 OpenPanel::OpenPanel(const Panel& panel) : index_(panel.index) {
-  if (OpenTouchDevice(index_) == 0) throw cannot_open(panel);
+  if (OpenTouchDevice(index_) == 0) {
+    // A port where nobody answers stays open.
+    if (panel.type == ZELKORA_TYPE_RESISTIVE_SERIAL) CloseTouchDevice(index_);
+    throw cannot_open(panel);
+  }
   char firmware[20];
   if (GetFirmware(firmware) != 0 && firmware == kFirmwareQueryEchoed) {
     CloseTouchDevice(index_);

@@ -11,6 +11,8 @@ inline constexpr char kConfig[] = "/etc/zelkora/zelkoractl.ini";
 inline constexpr char kData[] = "/opt/.touch_panel";
 inline constexpr char kDefaults[] = "/opt/.touch_panel/TouchUtil.ini";
 
+inline constexpr char kUnits[] = "/etc/systemd/system";
+
 inline constexpr char kDev[] = "/dev";
 inline constexpr char kDevUsb[] = "/dev/usb";
 inline constexpr char kResistiveNames[] = "/opt/.touch_panel/rmanuflist.conf";
