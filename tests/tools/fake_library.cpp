@@ -93,3 +93,17 @@ int SetEdgeRight(unsigned int value) { return store_and_read(ZELKORA_EEP_EDGE_RI
 int SetEdgeLeft(unsigned int value) { return store_and_read(ZELKORA_EEP_EDGE_LEFT, value); }
 int SetEdgeDown(unsigned int value) { return store_and_read(ZELKORA_EEP_EDGE_DOWN, value); }
 int SetEdgeUp(unsigned int value) { return store_and_read(ZELKORA_EEP_EDGE_UP, value); }
+int GetResAllDataBinTemp(int, ResDevInfo* rec) {
+  if (panel.kept) *rec = *panel.kept;
+  return panel.kept ? 1 : 0;
+}
+int MatchResCheckSum(int) { return panel.kept ? 1 : 0; }
+int ResSerSetAllParams(int, ResDevInfo* rec, signed char) {
+  if (panel.store_works) panel.kept = *rec;
+  return panel.store_works ? 1 : 0;
+}
+// Brings values of its own along, as the flash form does.
+int ResSetAllParams(int devnum, ResDevInfo* rec, signed char mode, int) {
+  panel.values[ZELKORA_EEP_REPORT_MODE] = 1;
+  return ResSerSetAllParams(devnum, rec, mode);
+}

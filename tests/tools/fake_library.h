@@ -8,6 +8,7 @@
 #include <zelkora.h>
 
 #include <map>
+#include <optional>
 #include <set>
 
 struct FakePanel {
@@ -24,6 +25,8 @@ struct FakePanel {
   int interrupt_at_write = -1;  // raises SIGINT during this write, counted from 0
   int writes = 0;
   bool confirms_reset = true;
+  bool store_works = true;
+  std::optional<ResDevInfo> kept;  // the working copy; the saved record is always the same
 };
 
 // Each test begins with a new one.

@@ -168,4 +168,35 @@ TEST_F(ResistiveCommands, DefaultsArePutBackLikeAnyChange) {
   EXPECT_FALSE(answer.document["settings"].contains("backlight")) << "it has no default";
 }
 
+TEST_F(ResistiveCommands, KeepGivesBackWhatTheFlashFormReplaces) {
+  panel.values[ZELKORA_EEP_REPORT_MODE] = 2;
+  const Answer answer = zelkoractl::keep_settings("0");
+  EXPECT_FALSE(answer.failure);
+  EXPECT_EQ(panel.values[ZELKORA_EEP_REPORT_MODE], 2);
+  EXPECT_EQ(panel.kept->ReportMode, 2);
+  EXPECT_EQ(panel.kept->EdgeLeft, 0xFFFB);
+  EXPECT_EQ(panel.opened, panel.closed);
+}
+
+TEST_F(ResistiveCommands, KeepFailsWhereTheStoreCannotBeWritten) {
+  panel.store_works = false;
+  EXPECT_THROW(zelkoractl::keep_settings("0"), zelkoractl::Failure);
+  EXPECT_EQ(panel.opened, panel.closed);
+}
+
+TEST_F(ResistiveCommands, RevertPutsBackWhatItChangedWhenAValueIsNotTaken) {
+  panel.values[ZELKORA_EEP_RIGHT_TIME] = 4;
+  zelkoractl::keep_settings("0");
+  panel.values[ZELKORA_EEP_BEEP_ON] = 0;
+  panel.values[ZELKORA_EEP_EDGE_LEFT] = 7;
+  const std::map<int, int> before = panel.values;
+  panel.worn = {ZELKORA_EEP_EDGE_LEFT};
+  const Answer answer = zelkoractl::revert_settings("0");
+  ASSERT_TRUE(answer.failure);
+  EXPECT_EQ(answer.failure->code(), ExitCode::kFailed);
+  EXPECT_EQ(outcome(answer, "beep"), "put back");
+  EXPECT_EQ(panel.values, before);
+  EXPECT_EQ(panel.opened, panel.closed);
+}
+
 }  // namespace

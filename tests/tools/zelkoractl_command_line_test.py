@@ -12,7 +12,8 @@ DONE, FAILED, USAGE = 0, 1, 2
 
 BEEP = 86
 COMMANDS = ("list", "show", "get", "set", "defaults", "keep", "revert", "mode", "reset",
-            "serial-number", "screens")
+            "serial-number", "screens",
+            "eeprom", "serial")
 
 
 class CommandLineTest(unittest.TestCase):

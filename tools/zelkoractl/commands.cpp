@@ -15,21 +15,6 @@
 #include "resistive_commands.h"
 
 namespace zelkoractl {
-namespace {
-
-// On a resistive panel there is no way back: a change is permanent at once.
-Panel find_pct_panel(const std::string& name) {
-  Panel panel = find_panel(name);
-  if (panel.is_pct()) return panel;
-  throw Failure(ExitCode::kFailed,
-                call(panel) +
-                    " is resistive: what is set is kept at once, and nothing is saved to "
-                    "go back to",
-                panel.node, "name a projected-capacitive panel");
-}
-
-}  // namespace
-
 Answer list_panels() {
   const std::vector<Panel> panels = find_panels();
   const Nodes nodes = look_at_nodes();
@@ -108,8 +93,14 @@ Answer apply_defaults(const std::string& name) {
   return panel.is_pct() ? set_pct_defaults(panel) : set_resistive_defaults(panel);
 }
 
-Answer keep_settings(const std::string& name) { return keep_pct(find_pct_panel(name)); }
+Answer keep_settings(const std::string& name) {
+  const Panel panel = find_panel(name);
+  return panel.is_pct() ? keep_pct(panel) : keep_resistive(panel);
+}
 
-Answer revert_settings(const std::string& name) { return revert_pct(find_pct_panel(name)); }
+Answer revert_settings(const std::string& name) {
+  const Panel panel = find_panel(name);
+  return panel.is_pct() ? revert_pct(panel) : revert_resistive(panel);
+}
 
 }  // namespace zelkoractl

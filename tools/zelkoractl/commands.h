@@ -22,7 +22,7 @@ Answer get_settings(const std::string& panel, const std::string& setting);
 Answer set_settings(const std::string& panel, const std::vector<std::string>& assignments);
 Answer apply_defaults(const std::string& panel);
 
-// Of projected-capacitive panels: make the current settings those to go back to, and go back.
+// Make the current settings those to go back to, and go back.
 Answer keep_settings(const std::string& panel);
 Answer revert_settings(const std::string& panel);
 

@@ -48,7 +48,7 @@ struct Command {
   bool has_panel;
   Run run;
   void (*add_more)(CLI::App& command, CommandLine& line) = nullptr;
-  const char* group = "";  // the command that this one belongs to, such as eeprom
+  std::string_view group = {};  // the command that this one belongs to, such as eeprom
 };
 
 struct Group {
@@ -98,11 +98,11 @@ constexpr Command kCommands[] = {
      add_assignments},
     {"defaults", "Give all settings the values of the defaults file", true,
      [](const CommandLine& line) { return apply_defaults(line.panel); }},
-    {"keep", "Make the settings of a projected-capacitive panel those that revert goes back to",
+    {"keep", "Make the settings of now those that revert goes back to",
      true, [](const CommandLine& line) { return keep_settings(line.panel); }},
     {"revert",
-     "Give a projected-capacitive panel the settings again that it had before the first set or "
-     "defaults, or at the last keep",
+     "Give a panel the settings again that it had at the last keep; a projected-capacitive one "
+     "without it those before the first set or defaults",
      true, [](const CommandLine& line) { return revert_settings(line.panel); }},
     {"mode", "Make a projected-capacitive panel a digitizer, a mouse or a hybrid of both", true,
      [](const CommandLine& line) { return set_mode(line.panel, line.mode); }, add_mode},
@@ -135,12 +135,9 @@ constexpr Command kCommands[] = {
 };
 // clang-format on
 
-void add_commands(CLI::App& app, CommandLine& line) {
-  for (const Group& group : kGroups) {
-    app.add_subcommand(group.name, group.description)->fallthrough()->require_subcommand(1);
-  }
+void add_commands(CLI::App& parent, CommandLine& line, std::string_view group) {
   for (const Command& command : kCommands) {
-    CLI::App& parent = *command.group == '\0' ? app : *app.get_subcommand(command.group);
+    if (command.group != group) continue;
     CLI::App* added = parent.add_subcommand(command.name, command.description)->fallthrough();
     if (command.has_panel) {
       added->add_option("PANEL", line.panel, "Number of the panel, as listed")
@@ -165,7 +162,11 @@ void describe(CLI::App& app, CommandLine& line) {
          "Configuration file; without it " + std::string(paths::kConfig) + " when it is there")
       ->type_name("FILE");
 
-  add_commands(app, line);
+  add_commands(app, line, "");
+  for (const Group& group : kGroups) {
+    CLI::App* added = app.add_subcommand(group.name, group.description)->fallthrough();
+    add_commands(*added->require_subcommand(1), line, group.name);
+  }
 }
 
 Answer run_command(const CLI::App& app, const CommandLine& line) {

@@ -4,10 +4,13 @@
 
 #include <zelkora.h>
 
+#include <algorithm>
 #include <cstdint>
 
+#include "paths.h"
 #include "readings.h"
 #include "resistive_change.h"
+#include "signals_held.h"
 
 namespace zelkoractl {
 namespace {
@@ -74,7 +77,101 @@ Answer change(const Panel& panel, const std::vector<ResistiveAssignment>& assign
   return change_answer(panel, carry_out(assignments, panel.node));
 }
 
+// The modes of ResSetAllParams() and ResSerSetAllParams().
+constexpr signed char kSaveBoth = 1;
+constexpr signed char kRevert = 2;
+
+const std::string kCheckStore = std::string("check that ") + paths::kData +
+                                " can be written and the panel is still plugged in, then try again";
+
+bool set_record(const Panel& panel, ResDevInfo& record, signed char mode) {
+  if (panel.type == ZELKORA_TYPE_RESISTIVE_SERIAL) {
+    return ResSerSetAllParams(panel.index, &record, mode) != 0;
+  }
+  return ResSetAllParams(panel.index, &record, mode, 0) != 0;
+}
+
+// The first-move code has a field in records, but none in the stored form.
+bool is_stored(const ResistiveSetting& setting) {
+  return setting.value_in != nullptr && setting.address != ZELKORA_EEP_FIRST_MOVE;
+}
+
+// The values of all settings, as they are now.
+std::vector<ResistiveAssignment> current_values(const Panel& panel) {
+  const OpenPanel open(panel);
+  std::vector<ResistiveAssignment> values;
+  for (const ResistiveSetting& setting : resistive_settings()) {
+    const int value = ReadEEPValue(setting.address);
+    if (value < 0) {
+      throw Failure(ExitCode::kFailed,
+                    "the panel did not tell " + std::string(setting.name) + "; nothing was changed",
+                    panel.node, "check that the panel is still plugged in, then try again");
+    }
+    values.push_back({&setting, value});
+  }
+  return values;
+}
+
+// Those of the values that the panel does not hold.
+std::vector<ResistiveAssignment> different_from(const std::vector<ResistiveAssignment>& current,
+                                                const std::vector<ResistiveAssignment>& wanted) {
+  std::vector<ResistiveAssignment> different;
+  for (const ResistiveAssignment& assignment : wanted) {
+    const auto held = std::ranges::find(current, assignment.setting, &ResistiveAssignment::setting);
+    if (held->value != assignment.value) different.push_back(assignment);
+  }
+  return different;
+}
+
+ResDevInfo kept_record(const Panel& panel) {
+  ResDevInfo kept{};
+  if (GetResAllDataBinTemp(panel.index, &kept) != 0) return kept;
+  throw Failure(ExitCode::kFailed, call(panel) + " has nothing to go back to", panel.node,
+                "zelkoractl keep makes the settings of now those to go back to");
+}
+
 }  // namespace
+
+Answer keep_resistive(const Panel& panel) {
+  const auto current = current_values(panel);
+  ResDevInfo record{};
+  Answer answer;
+  answer.document = {{"panel", panel.index}, {"node", panel.node}};
+  for (const auto& [setting, value] : current) {
+    if (setting->value_in != nullptr) setting->put_in(record, value);
+    if (!is_stored(*setting)) continue;
+    answer.document["settings"][std::string(setting->name)] = value_document(*setting, value);
+    answer.text += std::string(setting->name) + "=" + value_text(*setting, value) + "\n";
+  }
+  const SignalsHeld held;
+  if (!set_record(panel, record, kSaveBoth) || MatchResCheckSum(panel.index) == 0) {
+    throw Failure(ExitCode::kFailed, "the settings could not be kept", panel.node, kCheckStore);
+  }
+  // Bringing the flash in line with a record gives some settings values of the library's own.
+  const auto lost = different_from(current_values(panel), current);
+  if (!lost.empty()) answer.failure = change(panel, lost).failure;
+  return answer;
+}
+
+Answer revert_resistive(const Panel& panel) {
+  ResDevInfo kept = kept_record(panel);
+  std::vector<ResistiveAssignment> wanted = current_values(panel);
+  for (ResistiveAssignment& assignment : wanted) {
+    if (!is_stored(*assignment.setting)) continue;
+    assignment.value = static_cast<uint16_t>(assignment.setting->value_in(kept));
+  }
+  const SignalsHeld held;
+  // Where both records agree there is nothing to take back in the store.
+  if (MatchResCheckSum(panel.index) == 0 && !set_record(panel, kept, kRevert)) {
+    throw Failure(ExitCode::kFailed, "the panel did not go back to its old settings", panel.node,
+                  kCheckStore);
+  }
+  Answer answer = change(panel, different_from(current_values(panel), wanted));
+  if (answer.document["settings"].empty()) {
+    answer.hints.emplace_back("the settings were the same already");
+  }
+  return answer;
+}
 
 Answer set_resistive(const Panel& panel, const std::vector<Request>& requests) {
   return change(panel, assign(requests, resistive_settings(), panel));
@@ -85,8 +182,8 @@ Answer set_resistive_defaults(const Panel& panel) {
   GetResParamDefault(&defaults);
   std::vector<ResistiveAssignment> assignments;
   for (const ResistiveSetting& setting : resistive_settings()) {
-    if (setting.default_in == nullptr) continue;
-    const int value = setting.default_in(defaults);
+    if (setting.value_in == nullptr) continue;
+    const int value = setting.value_in(defaults);
     const auto stored = static_cast<uint16_t>(value);
     if (as_number(setting, stored) != value || !in_range(setting, stored)) {
       throw wrong_default(setting, value);

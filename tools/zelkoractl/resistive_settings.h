@@ -19,8 +19,9 @@ struct ResistiveSetting : Setting {
   int (*write)(unsigned int);  // returns the value read back, -1 when there is none
   short address;
   short written_along;  // another address that `write` changes, or -1
-  // Its default in a record that GetResParamDefault() filled; null when it has none.
-  int (*default_in)(const ResDevInfo& defaults);
+  // Its value in a record, and into one; null when records have no such field.
+  int (*value_in)(const ResDevInfo& record);
+  void (*put_in)(ResDevInfo& record, int stored);
 };
 
 std::span<const ResistiveSetting> resistive_settings();
