@@ -176,8 +176,8 @@ Error make_private(const fs::path& directory) {
 }
 
 Error replace_boot_files() {
-  for (const char* rules : {"/etc/udev/rules.d", "/lib/udev/rules.d"}) {
-    if (Error error = make_private(rules); !error.empty()) return error;
+  for (const char* directory : {"/etc/udev/rules.d", "/lib/udev/rules.d", "/etc/systemd/system"}) {
+    if (Error error = make_private(directory); !error.empty()) return error;
   }
   constexpr std::string_view kScripts[] = {"rc.local", "rc.d"};
   if (Error error = replace_with_view("/etc", kScripts); !error.empty()) return error;

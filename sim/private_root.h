@@ -13,8 +13,8 @@ namespace zelkora::sim {
 struct PrivateRootOptions {
   // An /etc with copies of the few files that the C library reads, for programs that write there.
   bool private_etc = false;
-  // No rc.local, no files in /etc/rc.d and no udev rules but those written there, which the machine
-  // never sees.
+  // No rc.local, no files in /etc/rc.d and no udev rules and systemd units but those written there,
+  // which the machine never sees.
   bool private_boot = false;
   // The data directory to use; empty: a fresh one that everybody may write to.
   std::string data_directory = {};

@@ -134,7 +134,8 @@ TEST_F(PrivateRootTest, HasBootFilesThatTheMachineNeverSees) {
   const std::set<std::string> before = names_in("/etc");
   EXPECT_TRUE(in_child([&] {
     if (!enter_private_root({.private_boot = true}).empty()) return false;
-    for (const char* directory : {"/etc/rc.d", "/etc/udev/rules.d", "/lib/udev/rules.d"}) {
+    for (const char* directory :
+         {"/etc/rc.d", "/etc/udev/rules.d", "/lib/udev/rules.d", "/etc/systemd/system"}) {
       if (!names_in(directory).empty()) return false;
       put(fs::path(directory) / "zelkora-test", "private");
       if (content(fs::path(directory) / "zelkora-test") != "private") return false;
@@ -145,6 +146,7 @@ TEST_F(PrivateRootTest, HasBootFilesThatTheMachineNeverSees) {
   }));
   EXPECT_EQ(names_in("/etc"), before);
   EXPECT_FALSE(fs::exists("/lib/udev/rules.d/zelkora-test"));
+  EXPECT_FALSE(fs::exists("/etc/systemd/system/zelkora-test"));
 }
 
 TEST_F(PrivateRootTest, HidesTheMachinesBootFiles) {
