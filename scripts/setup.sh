@@ -56,7 +56,7 @@ need_test_packages() {
 
 # To test them on a real kernel.
 need_kernel_packages() {
-    need qemu-system-x86 busybox-static cpio jq xz-utils
+    need qemu-system-x86 busybox-static cpio jq xz-utils e2fsprogs systemd udev kmod psmisc procps
 }
 
 # Configures a preset and builds it, or the named targets of it.
