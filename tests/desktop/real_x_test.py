@@ -10,33 +10,7 @@ import unittest
 
 HOST = pathlib.Path(os.environ["ZELKORA_BUILD"]) / "tests" / "desktop" / "real_x_host"
 
-CONFIGURATION = """
-Section "ServerFlags"
-  Option "AutoAddDevices" "false"
-  Option "AutoEnableDevices" "false"
-  Option "AutoAddGPU" "false"
-EndSection
-Section "Device"
-  Identifier "dummy"
-  Driver "dummy"
-  VideoRam 256000
-EndSection
-Section "Monitor"
-  Identifier "monitor"
-  HorizSync 5-1000
-  VertRefresh 5-200
-EndSection
-Section "Screen"
-  Identifier "screen"
-  Device "dummy"
-  Monitor "monitor"
-  DefaultDepth 24
-  SubSection "Display"
-    Depth 24
-    Virtual 8192 4096
-  EndSubSection
-EndSection
-"""
+CONFIGURATION = pathlib.Path(__file__).with_name("dummy_x.conf")
 
 # Width, height, left edge, top edge of each lit screen.
 TWO = [(1920, 1080, 0, 0), (1280, 1024, 1920, 0)]
@@ -47,11 +21,10 @@ class Server:
     """An X server of its own, gone at the end."""
 
     def __init__(self, folder):
-        (folder / "xorg.conf").write_text(CONFIGURATION)
         reading, writing = os.pipe()
         with open(folder / "output", "wb") as output:
             self.process = subprocess.Popen(
-                ["Xorg", "-displayfd", str(writing), "-config", folder / "xorg.conf", "-noreset",
+                ["Xorg", "-displayfd", str(writing), "-config", CONFIGURATION, "-noreset",
                  "-nolisten", "tcp", "-novtswitch", "-sharevts", "-ac",
                  "-logfile", folder / "xorg.log"],
                 pass_fds=[writing], stdout=output, stderr=output)

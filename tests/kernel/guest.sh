@@ -5,6 +5,8 @@
 # Helpers for the scenarios; sourced inside the guest. Everything a scenario prints is its evidence.
 set -euo pipefail
 
+here=$(dirname "${BASH_SOURCE[0]}")
+
 # The nodes of the attached panels, in the order of attachment.
 declare -a hiddev hidraw event
 
