@@ -51,7 +51,12 @@ need_build_packages() {
 # To test them as well.
 need_test_packages() {
     need git python3 libgtest-dev clang-14 clang clang-format-14 clang-tidy-14 \
-        shellcheck xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
+        shellcheck
+}
+
+# To test them on a real X server.
+need_x_packages() {
+    need xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils
 }
 
 # To test them on a real kernel.
