@@ -9,12 +9,14 @@
 #include "file_lines.h"
 #include "file_rewrite.h"
 #include "log.h"
+#include "open_file.h"
 #include "scoped.h"
 #include "text.h"
 #include "zelkora.h"
 
 using zelkora::kTrace;
 using zelkora::LineReader;
+using zelkora::open_file;
 using zelkora::ScopedFile;
 
 namespace {
@@ -41,7 +43,7 @@ std::string_view value_text(const char* line) {
 // Rewrites the first line that holds the key, comments included. The other lines come back byte
 // for byte, however many and however long they are.
 int set_option(const char* path, const char* key, const char* value) {
-  const ScopedFile file(std::fopen(path, "r"));
+  const ScopedFile file(open_file(path, "r"));
   if (!file) {
     DebugMsg(zelkora::kError, "can't open config file!!\n");
     return 0;
@@ -65,7 +67,7 @@ int set_option(const char* path, const char* key, const char* value) {
 
 int ReadIniKeyValue(const char* path, const char* section, const char* key, int default_value) {
   const Header header(section);
-  const ScopedFile file(std::fopen(path, "r"));
+  const ScopedFile file(open_file(path, "r"));
   if (!file) return default_value;
   bool in_section = false;
   for (LineReader reader(file.get()); reader.next();) {
@@ -84,7 +86,7 @@ int ReadIniKeyValue(const char* path, const char* section, const char* key, int 
 
 int IniSectionExist(const char* path, const char* section) {
   const Header header(section);
-  ScopedFile file(std::fopen(path, "r"));
+  ScopedFile file(open_file(path, "r"));
   if (!file) return 0;
   for (LineReader reader(file.get()); reader.next();) {
     if (!is_comment(reader) && reader.contains(header.text)) {
@@ -97,7 +99,7 @@ int IniSectionExist(const char* path, const char* section) {
 }
 
 int get_conf_option(const char* path, const char* key, int default_value) {
-  const ScopedFile file(std::fopen(path, "r"));
+  const ScopedFile file(open_file(path, "r"));
   if (!file) return default_value;
   for (LineReader reader(file.get()); reader.next();) {
     if (is_comment(reader) || !reader.contains(key)) continue;
@@ -121,7 +123,8 @@ int set_conf_option_str(const char* path, const char* key, const char* text) {
 }
 
 int add_conf_option(const char* path, const char* key, int value) {
-  ScopedFile file(std::fopen(path, "a"));
+  if (zelkora::leads_out(path)) return 0;
+  ScopedFile file(open_file(path, "a"));
   if (!file) return 0;
   std::fprintf(file.get(), "%s=%d\n", key, value);
   return std::fclose(file.release()) == 0 ? 1 : 0;
@@ -131,7 +134,7 @@ int get_conf_option_str(const char* path, const char* key, char* out) {
   DebugMsg(kTrace, "get_conf_option_str--start %s Option:%s\n", path, key);
   std::memset(out, 0, kValueSize);
   int found = 0;
-  const ScopedFile file(std::fopen(path, "r"));
+  const ScopedFile file(open_file(path, "r"));
   if (!file) {
     zelkora::debug_perror("open file error");
   } else {

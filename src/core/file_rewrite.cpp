@@ -8,7 +8,10 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
+
+#include "paths.h"
 
 namespace zelkora {
 namespace {
@@ -102,9 +105,26 @@ Outcome write_new(const char* path, std::string_view content) {
   return fill_and_rename(descriptor.get(), temporary.name, path, content);
 }
 
+bool lies_in(const char* path, const char* directory) {
+  const size_t length = std::strlen(directory);
+  return std::strncmp(path, directory, length) == 0 && path[length] == '/';
+}
+
 }  // namespace
 
+bool leads_out(const char* path) {
+  struct stat status;
+  if (!lies_in(path, paths::kDataDirectory) || lstat(path, &status) != 0) return false;
+  if (!S_ISLNK(status.st_mode)) return false;
+  char target[PATH_MAX], directory[PATH_MAX];
+  // Of a link to nothing yet, the C library tells where that would be.
+  const bool known = realpath(path, target) != nullptr || errno == ENOENT;
+  return !known || realpath(paths::kDataDirectory, directory) == nullptr ||
+         !lies_in(target, directory);
+}
+
 bool replace_file(const char* path, std::string_view content) {
+  if (leads_out(path)) return false;
   struct stat status;
   const bool existed = lstat(path, &status) == 0;
   if (!existed && errno == ENOENT) {

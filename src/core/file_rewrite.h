@@ -12,9 +12,13 @@
 
 namespace zelkora {
 
+// Whether the path is a link in the data directory that leads out of it. Anybody may have put it
+// there, so nothing is written through it.
+bool leads_out(const char* path);
+
 // Gives the file this content. The content goes to a temporary file beside it, with the owner and
-// mode of the old one, which then takes its place; a crash leaves the old or the new content, or no file where there was
-// none.
+// mode of the old one, which then takes its place; a crash leaves the old or the new content, or no
+// file where there was none.
 // Where the directory forbids that, or the file is a symbolic link, it is written in place.
 // False: the file cannot be written and holds what it held (in place: a prefix may be new).
 bool replace_file(const char* path, std::string_view content);

@@ -6,6 +6,9 @@
 
 namespace zelkora::paths {
 
+// Installations let every user write here; see docs/SECURITY.md.
+inline constexpr char kDataDirectory[] = "/opt/.touch_panel";
+
 inline constexpr char kPctNames[] = "/opt/.touch_panel/manuflist.conf";
 inline constexpr char kResistiveNames[] = "/opt/.touch_panel/rmanuflist.conf";
 inline constexpr char kUtilities[] = "/opt/.touch_panel/Util.conf";

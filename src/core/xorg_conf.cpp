@@ -7,12 +7,14 @@
 #include <cstring>
 
 #include "file_lines.h"
+#include "open_file.h"
 #include "paths.h"
 #include "scoped.h"
 #include "text.h"
 #include "zelkora.h"
 
 using zelkora::LineReader;
+using zelkora::open_file;
 using zelkora::ScopedFile;
 
 namespace {
@@ -57,7 +59,7 @@ int GetFdiOptionValue(const char* text) {
 }
 
 int GetDevceNumbersConf(void) {
-  const ScopedFile file(std::fopen(zelkora::paths::kXorgConf, "r"));
+  const ScopedFile file(open_file(zelkora::paths::kXorgConf, "r"));
   if (!file) return 1;
   bool in_layout = false;
   int count = 0;
@@ -78,7 +80,7 @@ int GetDevceNumbersConf(void) {
 int GetDevceUniqueIDConf(int touch_number, char* out) {
   char section[32];
   std::snprintf(section, sizeof section, "HID TOUCH%d", touch_number);
-  const ScopedFile file(std::fopen(zelkora::paths::kXorgConf, "r"));
+  const ScopedFile file(open_file(zelkora::paths::kXorgConf, "r"));
   if (!file) return 0;
   bool in_section = false;
   for (LineReader reader(file.get()); reader.next();) {

@@ -14,6 +14,7 @@
 #include "core/file_lines.h"
 #include "core/file_rewrite.h"
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "zelkora.h"
@@ -112,7 +113,7 @@ int EnableTouchService(void) {
 int SaveCheckDeviceNumber(int /*number*/) {
   const char* script = marked_boot_script();
   if (script == nullptr) return 0;
-  const zelkora::ScopedFile file(std::fopen(script, "r"));
+  const zelkora::ScopedFile file(zelkora::open_file(script, "r"));
   if (!file) return 0;
   zelkora::NewContent content;
   if (content.stream() == nullptr) return 0;

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "zelkora.h"
@@ -18,7 +19,9 @@ int exists(const char* path) {
 }
 
 // These two flags count only when this process may read them.
-int readable(const char* path) { return zelkora::ScopedFile(std::fopen(path, "r")) ? 1 : 0; }
+int readable(const char* path) {
+  return zelkora::ScopedFile(zelkora::open_file(path, "r")) ? 1 : 0;
+}
 
 }  // namespace
 

@@ -10,6 +10,7 @@
 
 #include "core/file_rewrite.h"
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "core/text.h"
@@ -71,7 +72,7 @@ bool read_name(FILE* file, char (&name)[ZELKORA_NAME_LENGTH]) {
 // Loads a list and returns the number of names, -1 when there is no such file.
 int load_names(const char* path, NameList& names) {
   std::memset(names, 0, sizeof names);
-  const zelkora::ScopedFile file(std::fopen(path, "r"));
+  const zelkora::ScopedFile file(zelkora::open_file(path, "r"));
   if (!file) return -1;
   int count = 0;
   while (count < ZELKORA_MAX_NAMES && read_name(file.get(), names[count])) ++count;

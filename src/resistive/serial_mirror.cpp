@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "core/text.h"
@@ -32,7 +33,7 @@ int active_panel_number() {
 
 void SetSerConf(const char* key_stem, unsigned int value) {
   DebugMsg(kTrace, "SetSerConf KeyName:%s\n", key_stem);
-  if (!zelkora::ScopedFile(std::fopen(kSerialPanels, "r"))) {
+  if (!zelkora::ScopedFile(zelkora::open_file(kSerialPanels, "r"))) {
     DebugMsg(kTrace, "Open %s\n", kSerialPanels);
     zelkora::debug_perror("can't open serial config file:");
     return;

@@ -12,6 +12,7 @@
 
 #include "core/file_rewrite.h"
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "core/text.h"
@@ -84,7 +85,7 @@ bool write_script(FILE* script, int module_line, NewContent& content) {
 }
 
 int rewrite_boot_script(const char* path) {
-  const zelkora::ScopedFile script(std::fopen(path, "r"));
+  const zelkora::ScopedFile script(zelkora::open_file(path, "r"));
   if (!script) return 0;
   const std::optional<int> module_line = find_module_line(script.get());
   if (!module_line) return 1;
@@ -99,7 +100,7 @@ int rewrite_boot_script(const char* path) {
 }
 
 bool exists(const char* path) {
-  return zelkora::ScopedFile(std::fopen(path, "r")).get() != nullptr;
+  return zelkora::ScopedFile(zelkora::open_file(path, "r")).get() != nullptr;
 }
 
 // Creates the unit of the daemon with this number in the current directory, unless it is there.

@@ -8,6 +8,7 @@
 
 #include "core/file_lines.h"
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "core/text.h"
@@ -57,7 +58,7 @@ std::string_view zelkora::serial::listable(std::string_view text) {
 }
 
 int GetSerDevInfo(void) {
-  const zelkora::ScopedFile file(std::fopen(kSerialPanels, "r"));
+  const zelkora::ScopedFile file(zelkora::open_file(kSerialPanels, "r"));
   if (!file) return 0;
   int count = 0;
   for (zelkora::LineReader reader(file.get()); reader.next();) {

@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "core/text.h"
@@ -80,12 +81,14 @@ bool is_serial_node(const char* name) { return contains(name, "ttyS") || contain
 }  // namespace
 
 int CheckSerialPortExist(const char* name) {
+  // The shell would write through a link that somebody put there.
+  unlink(zelkora::paths::kKernelLog);
   // Taken afresh for every port: adapters come and go.
   static_cast<void>(!std::system("dmesg | grep tty > /opt/.touch_panel/tty.log"));
   DebugMsg(kTrace, "CheckSerialPortExist DevName:%s\n", name);
   int found = 0;
   {
-    const zelkora::ScopedFile log(std::fopen(zelkora::paths::kKernelLog, "r"));
+    const zelkora::ScopedFile log(zelkora::open_file(zelkora::paths::kKernelLog, "r"));
     char line[kLogLine];
     while (log && found == 0 && std::fgets(line, sizeof line, log.get()) != nullptr) {
       if (contains(line, name)) found = 1;

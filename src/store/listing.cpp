@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/paths.h"
 #include "core/scoped.h"
 #include "pct/show_params.h"
@@ -96,7 +97,7 @@ unsigned int ListPCTAllBin(void) {
 
 unsigned int PCTEnumAllBin(void) {
   const char* path = zelkora::paths::kPctRecords;
-  const zelkora::ScopedFile file(std::fopen(path, "rb"));
+  const zelkora::ScopedFile file(zelkora::open_file(path, "rb"));
   if (!file) {
     DebugMsg(kTrace, "Enum_Binary_File open FileName:%s error\n", path);
     return 0;

@@ -9,6 +9,7 @@
 
 #include "core/file_rewrite.h"
 #include "core/log.h"
+#include "core/open_file.h"
 #include "core/text.h"
 
 namespace zelkora::store {
@@ -67,7 +68,7 @@ ParamStoreRecord make_record(const KeyTexts& device, const unsigned char* payloa
 }
 
 RecordFile::RecordFile(const char* path)
-    : path_(path), file_(std::fopen(path, "rb")), missing_(!file_ && errno == ENOENT) {
+    : path_(path), file_(open_file(path, "rb")), missing_(!file_ && errno == ENOENT) {
   if (!file_) return;
   while (count_ < ZELKORA_STORE_RECORDS && read_record(file_.get(), records_[count_])) ++count_;
 }

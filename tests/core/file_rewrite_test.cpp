@@ -259,6 +259,67 @@ TEST_F(FileRewriteTest, TheWorkingDirectoryIsMadeDurableForANameWithoutOne) {
   EXPECT_TRUE(was_met(directory_));
 }
 
+// A file outside the data directory, and a link in it that leads there.
+class LinkOutTest : public FileRewriteTest {
+ protected:
+  void SetUp() override {
+    FileRewriteTest::SetUp();
+    write_file(outside_, kOld);
+    fs::create_symlink(outside_, link_);
+  }
+  void TearDown() override {
+    EXPECT_TRUE(fs::is_symlink(link_));
+    fs::remove(outside_);
+    FileRewriteTest::TearDown();
+  }
+
+  const std::string outside_ = "/opt/zelkora-tests/outside.conf";
+  const std::string link_ = data_file("link.conf");
+};
+
+TEST_F(LinkOutTest, ARewriteDoesNotFollowALinkOutOfTheDataDirectory) {
+  EXPECT_EQ(set_beep(link_), 0);
+  EXPECT_EQ(read_file(outside_), kOld);
+}
+
+TEST_F(LinkOutTest, AnAdditionDoesNotFollowALinkOutOfTheDataDirectory) {
+  EXPECT_EQ(add_conf_option(link_.c_str(), "Beep", 7), 0);
+  EXPECT_EQ(read_file(outside_), kOld);
+}
+
+TEST_F(LinkOutTest, NothingIsCreatedThroughALinkOutOfTheDataDirectory) {
+  fs::remove(outside_);
+  EXPECT_EQ(add_conf_option(link_.c_str(), "Beep", 7), 0);
+  EXPECT_FALSE(fs::exists(outside_));
+}
+
+TEST_F(LinkOutTest, ALinkByWayOfADirectoryLinkDoesNotLeadOutEither) {
+  fs::create_directory_symlink("/opt/zelkora-tests", data_file("way"));
+  const std::string link = data_file("second.conf");
+  fs::create_symlink(data_file("way/outside.conf"), link);
+  EXPECT_EQ(set_beep(link), 0);
+  EXPECT_EQ(read_file(outside_), kOld);
+}
+
+TEST_F(LinkOutTest, ALinkOutIsStillRead) {
+  EXPECT_EQ(get_conf_option(link_.c_str(), "Beep", 0), 1000);
+}
+
+TEST_F(FileRewriteTest, AnAdditionFollowsALinkWithinTheDataDirectory) {
+  const std::string link = data_file("link.conf");
+  fs::create_symlink(path_, link);
+  EXPECT_EQ(add_conf_option(link.c_str(), "D", 4), 1);
+  EXPECT_EQ(read_file(path_), kOld + "D=4\n");
+}
+
+TEST_F(FileRewriteTest, ALinkThatStandsElsewhereMayLeadAnywhere) {
+  const std::string link = "/opt/zelkora-tests/link.conf";
+  fs::create_symlink(path_, link);
+  EXPECT_EQ(set_beep(link), 1);
+  EXPECT_EQ(read_file(path_), kNew);
+  fs::remove(link);
+}
+
 TEST_F(FileRewriteTest, ASymbolicLinkStaysAndItsTargetIsWrittenInPlace) {
   const std::string link = data_file("link.conf");
   fs::create_symlink(path_, link);

@@ -25,7 +25,7 @@ X_FUNCTIONS = set(
 C_LIBRARY = set(
     """
     close exit fchmod fchown ftruncate fsync ioctl lstat mkostemp open opendir closedir perror
-    printf read readdir remove rename stat uname unlink usleep vprintf write
+    printf read readdir realpath remove rename stat uname unlink usleep vprintf write
     pclose popen sleep system tcflush tcgetattr tcsetattr
     fclose ferror fflush fgets fopen fprintf fputc fputs fread fwrite __getdelim getc getline open_memstream putchar puts
     rewind snprintf stderr stdout ungetc

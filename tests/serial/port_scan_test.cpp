@@ -67,6 +67,15 @@ TEST_F(PortScanTest, ALogThatCannotBeTakenMentionsNoPort) {
   EXPECT_EQ(commands(), log_lines());
 }
 
+TEST_F(PortScanTest, TheLogIsNotTakenThroughALinkInItsPlace) {
+  const std::string outside = "/opt/zelkora-tests/outside";
+  zelkora::test::write_file(outside, "kept");
+  std::filesystem::create_symlink(outside, data_file("tty.log"));
+  EXPECT_EQ(CheckSerialPortExist("ttyS0"), 1);
+  EXPECT_EQ(zelkora::test::read_file(outside), "kept");
+  std::filesystem::remove(outside);
+}
+
 TEST_F(PortScanTest, APanelIsEnteredAndItsPortClosed) {
   SerialPanel& panel = attach_serial();
   panel.controller.set_firmware("V2.1");
