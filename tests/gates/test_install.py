@@ -33,6 +33,27 @@ int main(void) {
 }
 """
 
+# The hooks stand in the executable, which shows them to what it loads.
+LOADING_HOST = r"""
+#include <dlfcn.h>
+#include <stdio.h>
+unsigned char Read_Config(unsigned char* config) {
+  config[8] = 7;
+  return 1;
+}
+int GetEnableDebug(void) { return 3; }
+int main(void) {
+  void* library = dlopen("libzelkora.so.1", RTLD_LAZY | RTLD_LOCAL);
+  if (library == NULL) return puts(dlerror()), 1;
+  int (*initial)(int) = (int (*)(int))dlsym(library, "InitialZelkora");
+  const int* debug = dlsym(library, "DbgFlag");
+  const unsigned char* config = dlsym(library, "MyConfig");
+  const int read = initial(0);
+  printf("%d %d %d\n", read, *debug, config[8]);
+  return dlclose(library);
+}
+"""
+
 FIND_PACKAGE = """
 cmake_minimum_required(VERSION 3.25)
 project(host LANGUAGES C)
@@ -76,6 +97,13 @@ class Install(unittest.TestCase):
 
     def test_a_cpp_host_shares_the_variables(self):
         self.check_host("c++", "host.cpp", "-std=c++17")
+
+    def test_a_host_that_loads_the_library_at_run_time_needs_no_x(self):
+        (self.work / "loading.c").write_text(LOADING_HOST)
+        program = self.work / "loading"
+        run("cc", "-std=c11", "-rdynamic", "-o", program, self.work / "loading.c")
+        self.assertEqual(run(program, env=self.environment).split(), ["1", "3", "7"])
+        self.assertNotIn("libX", run("ldd", program))
 
     def test_the_soname_links_lead_to_one_library(self):
         for name in ("libzelkora.so", "libzelkora.so.1"):
