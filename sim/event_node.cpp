@@ -32,7 +32,7 @@ int EventNode::ioctl(unsigned long request, void* argument) {
   }
   switch (without_size(request)) {
     case EVIOCGNAME(0):
-      return copy_name(identity.kernel_name(), room);
+      return copy_name(hid_->usb().event_name(), room);
     case EVIOCGPHYS(0):
       return hid_->phys().empty() ? -ENOENT : copy_name(hid_->phys(), room);
     default:

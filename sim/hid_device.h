@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,9 +20,23 @@ struct UsbIdentity {
   std::string manufacturer;
   std::string product_name;
 
-  // The name that hiddev, hidraw and evdev report for the device.
-  std::string kernel_name() const { return manufacturer + " " + product_name; }
+  // The name that the kernel gives the device on hiddev, hidraw and evdev.
+  std::string kernel_name() const;
 };
+
+// The longest text that fits a string descriptor, and the longest name that the kernel keeps.
+inline constexpr size_t kLongestUsbText = 126;
+inline constexpr size_t kLongestKernelName = 127;
+
+inline std::string UsbIdentity::kernel_name() const {
+  std::string name = manufacturer.substr(0, kLongestUsbText);
+  if (!manufacturer.empty() && !product_name.empty()) name += ' ';
+  name += product_name.substr(0, kLongestUsbText);
+  if (!name.empty()) return name.substr(0, kLongestKernelName);
+  char ids[] = "HID vvvv:pppp";
+  std::snprintf(ids, sizeof ids, "HID %04x:%04x", vendor, product);
+  return ids;
+}
 
 // One feature report of one field of 8-bit usages.
 struct FeatureReport {

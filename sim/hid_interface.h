@@ -13,19 +13,21 @@
 #include <vector>
 
 #include "device_node.h"
-#include "hid_device.h"
+#include "usb_interface.h"
 
 namespace zelkora::sim {
 
 class HidInterface {
  public:
   // Device numbers on the bus count from 1; phys ends in the number of the interface.
-  HidInterface(HidDevice& device, std::string phys, unsigned device_number, Trace trace)
-      : device_(device),
+  HidInterface(const UsbInterface& usb, std::string phys, unsigned device_number, Trace trace)
+      : usb_(usb),
+        device_(usb.hid),
         phys_(std::move(phys)),
         device_number_(device_number),
         trace_(std::move(trace)) {}
 
+  const UsbInterface& usb() const { return usb_; }
   const UsbIdentity& identity() const { return device_.identity(); }
   const std::string& phys() const { return phys_; }
   unsigned device_number() const { return device_number_; }
@@ -46,6 +48,7 @@ class HidInterface {
   std::optional<std::vector<uint8_t>> get_report(uint8_t id);
 
  private:
+  UsbInterface usb_;
   HidDevice& device_;
   std::string phys_;
   unsigned device_number_;

@@ -15,7 +15,6 @@ namespace {
 
 // The device's usages are those of the first vendor page, counted from 1.
 constexpr uint32_t kFirstUsage = 0xFF000001;
-constexpr uint32_t kApplications = 1;
 constexpr int16_t kDeviceVersion = 0x0100;
 constexpr uint32_t kFieldsPerReport = 1;
 
@@ -81,7 +80,7 @@ void HiddevNode::device_info(void* argument) const {
   info.vendor = static_cast<int16_t>(identity.vendor);
   info.product = static_cast<int16_t>(identity.product);
   info.version = kDeviceVersion;
-  info.num_applications = kApplications;
+  info.num_applications = hid_->usb().application_count();
   *static_cast<hiddev_devinfo*>(argument) = info;
 }
 

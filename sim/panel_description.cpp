@@ -43,11 +43,6 @@ std::string kind_names() {
   return names;
 }
 
-bool set_text(std::string& text, View value) {
-  text = value;
-  return !value.empty();
-}
-
 bool set_mode(mode_t& mode, View value) {
   const auto number = parse_digits(value, 8, 0777);
   if (number) mode = *number;
@@ -80,16 +75,20 @@ constexpr Key<PanelDescription> kPanelKeys[] = {
 
 constexpr Key<PanelDescription> kUsbKeys[] = {
     {"id", "VVVV:PPPP", "hexadecimal", "USB vendor and product, hexadecimal", set_id},
-    {"maker", "TEXT", "not empty", "manufacturer",
+    {"maker", "TEXT", "any text", "manufacturer, may be empty",
      [](PanelDescription& panel, View value) {
-       return set_text(panel.identity.manufacturer, value);
+       panel.identity.manufacturer = value;
+       return true;
      }},
-    {"name", "TEXT", "not empty", "product name",
+    {"name", "TEXT", "any text", "product name, may be empty",
      [](PanelDescription& panel, View value) {
-       return set_text(panel.identity.product_name, value);
+       panel.identity.product_name = value;
+       return true;
      }},
     {"nodes", "NODES", "one of hiddev, hidraw and both",
      "the nodes it has: hiddev, hidraw or both (both)", set_nodes},
+    {"pen", "", "", "has a pen on a second USB interface, with the next free node numbers",
+     [](PanelDescription& panel, View) { return panel.has_pen = true; }},
     {"hiddev-mode", "MODE", "octal, 000..777", "permissions of the hiddev node, octal (0600)",
      [](PanelDescription& panel, View value) { return set_mode(panel.hiddev_mode, value); }},
 };

@@ -46,6 +46,7 @@ struct PanelDescription {
   std::variant<ResistiveDescription, PctDescription, SerialDescription> controller = {};
   bool on_hiddev = true;
   bool on_hidraw = true;
+  bool has_pen = false;  // on a second interface, with a hidraw and an event node of its own
   mode_t hiddev_mode = 0600;
   mode_t mode = 0600;  // of the other nodes
 };

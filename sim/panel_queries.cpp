@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <stdexcept>
 #include <variant>
 
 #include "description_key.h"
@@ -191,6 +192,15 @@ Answer unplug(PluggedPanels& panels, size_t number) {
   return {kExitFailed, "panel " + std::to_string(number) + " is unplugged already"};
 }
 
+Answer plug(PluggedPanels& panels, size_t number) {
+  try {
+    if (const auto nodes = panels.plug(number)) return line(plugged_line(number, *nodes));
+  } catch (const std::runtime_error& error) {
+    return {kExitFailed, error.what()};
+  }
+  return {kExitFailed, "panel " + std::to_string(number) + " is plugged in already"};
+}
+
 // What a query needs: most of them a panel, of some kind.
 using Run = std::variant<Answer (*)(ResistiveController&, Words), Answer (*)(PctController&, Words),
                          Answer (*)(HidDevice&, Words), Answer (*)(ResistiveSerial&, Words),
@@ -225,6 +235,7 @@ constexpr Row kRows[] = {
     {{"silent", "PANEL on|off", "Have a panel ignore commands, or not"}, silent},
     {{"fault", "PANEL FAULT", "Give a panel a fault: KEY or KEY=VALUE of its description"}, fault},
     {{"unplug", "PANEL", "Take a panel away"}, unplug},
+    {{"plug", "PANEL", "Put it back, into another USB port, and print its nodes"}, plug},
     {{"commands", "", "Print the commands run so far: dmesg, killall, pgrep, pidof, systemctl"},
      commands},
     {{"command-fails", "NAME STATUS", "Have one of them do nothing and end with STATUS; 0: undo"},
@@ -290,6 +301,12 @@ std::string query_help() {
   for (const auto& [name, arguments, help] : query_usages()) {
     append_help_line(text, std::string(name) + " " + std::string(arguments), help);
   }
+  return text;
+}
+
+std::string plugged_line(size_t number, std::span<const std::string> nodes) {
+  std::string text = "plugged " + std::to_string(number);
+  for (const std::string& node : nodes) text.append(" ").append(node.empty() ? "-" : node);
   return text;
 }
 

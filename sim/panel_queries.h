@@ -7,6 +7,8 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,9 +35,16 @@ class PluggedPanels {
   virtual VirtualPanel& panel(size_t number) = 0;
   // False when the panel was unplugged before.
   virtual bool unplug(size_t number) = 0;
+  // Puts an unplugged panel back, a panel on USB into another port. Returns its nodes, empty ones
+  // where it has none: hiddev, hidraw and event, then those of a pen; or that of a serial port.
+  // Nothing: the panel is plugged in. Failures are thrown as std::runtime_error.
+  virtual std::optional<std::vector<std::string>> plug(size_t number) = 0;
   // Nothing: the machine's own commands are used here.
   virtual HostCommands* commands() { return nullptr; }
 };
+
+// "plugged NUMBER NODE...", with "-" for a node that does not exist.
+std::string plugged_line(size_t number, std::span<const std::string> nodes);
 
 struct QueryUsage {
   std::string_view name;

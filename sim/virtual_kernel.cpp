@@ -29,11 +29,6 @@ struct PluggedNode {
   std::shared_ptr<DeviceNode> node;
 };
 
-struct PluggedDevice {
-  HidDevice& device;
-  HidNodes nodes;
-};
-
 struct OpenFile {
   Path path;
   std::shared_ptr<DeviceNode> node;
@@ -75,7 +70,7 @@ std::string byte_run(std::span<const uint8_t> bytes) {
 }  // namespace
 
 struct VirtualKernel::State {
-  std::map<int, PluggedDevice> devices;  // by attachment
+  std::map<int, std::vector<PluggedInterface>> devices;  // by attachment
   std::vector<PluggedNode> nodes;
   std::map<int, OpenFile> files;
   std::vector<Fault> faults;
@@ -101,13 +96,15 @@ void VirtualKernel::State::plug(int attachment, Path path, std::shared_ptr<Devic
 
 // A device that comes back gets the next number on the bus, and its fields start anew.
 void VirtualKernel::State::plug_nodes(int attachment) {
-  const auto& [device, paths] = devices.at(attachment);
-  const auto interface = std::make_shared<HidInterface>(
-      device, paths.phys, ++bus_numbers,
-      [this](std::string line) { transfers.push_back(std::move(line)); });
-  plug(attachment, paths.hiddev, std::make_shared<HiddevNode>(interface));
-  plug(attachment, paths.hidraw, std::make_shared<HidrawNode>(interface));
-  plug(attachment, paths.event, std::make_shared<EventNode>(interface));
+  ++bus_numbers;
+  for (const auto& [usb, paths] : devices.at(attachment)) {
+    const auto interface = std::make_shared<HidInterface>(
+        usb, paths.phys, bus_numbers,
+        [this](std::string line) { transfers.push_back(std::move(line)); });
+    plug(attachment, paths.hiddev, std::make_shared<HiddevNode>(interface));
+    plug(attachment, paths.hidraw, std::make_shared<HidrawNode>(interface));
+    plug(attachment, paths.event, std::make_shared<EventNode>(interface));
+  }
 }
 
 // A request that is going on keeps its node, which the open file owns as well.
@@ -153,11 +150,15 @@ void VirtualKernel::State::report(const std::string& line, ssize_t result) {
 VirtualKernel::VirtualKernel() : state_(std::make_unique<State>()) {}
 VirtualKernel::~VirtualKernel() = default;
 
-int VirtualKernel::attach(HidDevice& device, HidNodes nodes) {
+int VirtualKernel::attach(std::vector<PluggedInterface> interfaces) {
   const int attachment = ++state_->attachments;
-  state_->devices.emplace(attachment, PluggedDevice{device, std::move(nodes)});
+  state_->devices.emplace(attachment, std::move(interfaces));
   state_->plug_nodes(attachment);
   return attachment;
+}
+
+int VirtualKernel::attach(HidDevice& device, HidNodes nodes) {
+  return attach({PluggedInterface{device, std::move(nodes)}});
 }
 
 int VirtualKernel::attach(SerialDevice& device, Path path) {

@@ -17,8 +17,8 @@
 #include <string_view>
 #include <vector>
 
-#include "hid_device.h"
 #include "serial_device.h"
+#include "usb_interface.h"
 
 namespace zelkora::sim {
 
@@ -30,6 +30,11 @@ struct HidNodes {
   std::string event;   // "/dev/input/event0"
 };
 
+struct PluggedInterface {
+  UsbInterface interface;
+  HidNodes nodes;
+};
+
 class VirtualKernel {
  public:
   VirtualKernel();
@@ -39,7 +44,8 @@ class VirtualKernel {
 
   // Each call returns a number to unplug the device by. The device must outlive the kernel or be
   // unplugged first; its identity is read at every request, so a test may change it.
-  int attach(HidDevice& device, HidNodes nodes);
+  int attach(std::vector<PluggedInterface> interfaces);
+  int attach(HidDevice& device, HidNodes nodes);  // of one interface
   int attach(SerialDevice& device, std::string path);
 
   // The nodes vanish; requests on descriptors still open give ENODEV from now on (on a serial

@@ -47,7 +47,8 @@ VirtualPanel::Serial::Serial(const SerialDescription& description) {
   controller.set_new_generation(description.new_generation);
 }
 
-VirtualPanel::VirtualPanel(const PanelDescription& description) {
+VirtualPanel::VirtualPanel(const PanelDescription& description)
+    : applications_(description.on_hiddev ? Applications::kVendorAndMouse : Applications::kMouse) {
   if (const auto* own = std::get_if<ResistiveDescription>(&description.controller)) {
     model_.emplace<Resistive>(*own, description.identity);
   } else if (const auto* serial = std::get_if<SerialDescription>(&description.controller)) {
@@ -57,6 +58,7 @@ VirtualPanel::VirtualPanel(const PanelDescription& description) {
     model_.emplace<PctController>(pct.firmware, description.identity);
     set_up(pct);
   }
+  if (description.has_pen && usb() != nullptr) pen_.emplace(*usb());
 }
 
 void VirtualPanel::set_up(const PctDescription& description) {
@@ -85,6 +87,13 @@ HidDevice* VirtualPanel::usb() {
 ResistiveSerial* VirtualPanel::serial() {
   auto* own = std::get_if<Serial>(&model_);
   return own != nullptr ? &own->port : nullptr;
+}
+
+std::vector<UsbInterface> VirtualPanel::usb_interfaces() {
+  std::vector<UsbInterface> interfaces;
+  if (HidDevice* controller = usb()) interfaces.emplace_back(*controller, applications_);
+  if (pen_) interfaces.emplace_back(*pen_, Applications::kPen);
+  return interfaces;
 }
 
 ResistiveController* VirtualPanel::resistive() {

@@ -5,13 +5,16 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "hid_device.h"
 #include "panel_description.h"
 #include "pct_controller.h"
 #include "resistive_controller.h"
+#include "usb_interface.h"
 
 namespace zelkora::sim {
 
@@ -27,6 +30,9 @@ class VirtualPanel {
   // Where it is plugged in; the other one is nullptr.
   HidDevice* usb();
   ResistiveSerial* serial();
+
+  // What it shows on USB: the controller, and its pen if it has one.
+  std::vector<UsbInterface> usb_interfaces();
 
   // The controller, if the panel is of this kind.
   ResistiveController* resistive();
@@ -53,6 +59,8 @@ class VirtualPanel {
   void set_up(const PctDescription& description);
 
   std::variant<std::monostate, Resistive, Serial, PctController> model_;
+  Applications applications_;
+  std::optional<PenInterface> pen_;
 };
 
 }  // namespace zelkora::sim

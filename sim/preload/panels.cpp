@@ -9,6 +9,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <stdexcept>
+#include <utility>
 
 #include "private_root.h"
 
@@ -21,12 +24,7 @@ std::string failure(const std::string& what, const fs::path& path) {
   return "cannot " + what + " " + path.string() + ": " + std::strerror(errno);
 }
 
-struct Placeholder {
-  fs::path path;
-  mode_t mode;
-};
-
-std::string create_placeholder(const Placeholder& node) {
+std::string create_placeholder(const NodePlaceholder& node) {
   std::string problem = make_node_placeholder(node.path);
   if (problem.empty() && chmod(node.path.c_str(), node.mode) != 0) {
     problem = failure("set the permissions of", node.path);
@@ -34,31 +32,31 @@ std::string create_placeholder(const Placeholder& node) {
   return problem;
 }
 
-std::string create_all(std::span<const Placeholder> nodes) {
-  for (const Placeholder& node : nodes) {
+std::string create_all(std::span<const NodePlaceholder> nodes) {
+  for (const NodePlaceholder& node : nodes) {
     std::string problem = create_placeholder(node);
     if (!problem.empty()) return problem;
   }
   return {};
 }
 
-bool listed_in_order(const std::vector<Placeholder>& nodes) {
+bool listed_in_order(const std::vector<NodePlaceholder>& nodes) {
   std::vector<fs::path> listed;
   for (const auto& entry : fs::directory_iterator(nodes.front().path.parent_path())) {
-    if (std::ranges::find(nodes, entry.path(), &Placeholder::path) != nodes.end()) {
+    if (std::ranges::find(nodes, entry.path(), &NodePlaceholder::path) != nodes.end()) {
       listed.push_back(entry.path());
     }
   }
-  return std::ranges::equal(listed, nodes, {}, {}, &Placeholder::path);
+  return std::ranges::equal(listed, nodes, {}, {}, &NodePlaceholder::path);
 }
 
 // Makes a directory walk meet the nodes in this order. tmpfs lists the newest file first, as
 // devtmpfs does, but some kernels list the oldest first.
-std::string create_in_order(std::vector<Placeholder> nodes) {
-  std::vector<Placeholder> reversed(nodes.rbegin(), nodes.rend());
+std::string create_in_order(std::vector<NodePlaceholder> nodes) {
+  std::vector<NodePlaceholder> reversed(nodes.rbegin(), nodes.rend());
   std::string problem = create_all(reversed);
   if (!problem.empty() || listed_in_order(nodes)) return problem;
-  for (const Placeholder& node : nodes) fs::remove(node.path);
+  for (const NodePlaceholder& node : nodes) fs::remove(node.path);
   problem = create_all(nodes);
   if (!problem.empty() || listed_in_order(nodes)) return problem;
   return nodes.front().path.parent_path().string() + " does not list its files by age";
@@ -75,17 +73,22 @@ std::string create_list(const fs::path& path, const std::vector<std::string>& na
 
 // All nodes of a panel have its number, also where panels before it have none of their kind.
 HidNodes nodes_of(const PanelDescription& panel, size_t number) {
-  if (is_serial(panel)) return {};
   const std::string suffix = std::to_string(number);
-  return {.phys = "usb-0000:00:14.0-" + std::to_string(number + 1) + "/input0",
+  return {.phys = {},
           .hiddev = panel.on_hiddev ? "/dev/usb/hiddev" + suffix : "",
           .hidraw = panel.on_hidraw ? "/dev/hidraw" + suffix : "",
           .event = "/dev/input/event" + suffix};
 }
 
-std::string port_of(const PanelDescription& panel) {
-  const auto* serial = std::get_if<SerialDescription>(&panel.controller);
-  return serial != nullptr ? "/dev/" + serial->port : "";
+HidNodes nodes_of_pen(const PanelDescription& panel, size_t number) {
+  HidNodes nodes = nodes_of(panel, number);
+  nodes.hiddev.clear();
+  return nodes;
+}
+
+// What tells a panel from other devices: the product name, or what the kernel makes up.
+std::string list_name(const UsbIdentity& identity) {
+  return identity.product_name.empty() ? identity.kernel_name() : identity.product_name;
 }
 
 std::vector<std::string> ports_of(std::span<const PanelDescription> panels) {
@@ -99,45 +102,61 @@ std::vector<std::string> ports_of(std::span<const PanelDescription> panels) {
 
 }  // namespace
 
-Panels::Panel::Panel(const PanelDescription& described, size_t number)
-    : panel(described),
-      nodes(nodes_of(described, number)),
-      port(port_of(described)),
-      description(described) {}
+Panels::Panel::Panel(const PanelDescription& described) : panel(described), description(described) {
+  const auto* serial = std::get_if<SerialDescription>(&described.controller);
+  if (serial != nullptr) serial_port = "/dev/" + serial->port;
+}
 
 Panels::Panels(std::span<const PanelDescription> descriptions) : commands_(ports_of(descriptions)) {
+  unsigned port = 0;
+  size_t pen_number = descriptions.size();
   for (const PanelDescription& description : descriptions) {
-    plug(*panels_.emplace_back(std::make_unique<Panel>(description, panels_.size())));
+    Panel& panel = *panels_.emplace_back(std::make_unique<Panel>(description));
+    panel.usb_port = ++port;
+    const size_t number = panels_.size() - 1;
+    if (!is_serial(description)) panel.usb_nodes.push_back(nodes_of(description, number));
+    if (description.has_pen) panel.usb_nodes.push_back(nodes_of_pen(description, pen_number++));
+    attach(panel);
+    refuse_opens(panel);
   }
 }
 
-void Panels::plug(Panel& panel) {
+void Panels::attach(Panel& panel) {
+  panel.plugged = true;
   if (ResistiveSerial* serial = panel.panel.serial()) {
-    panel.attachment = kernel_.attach(*serial, panel.port);
-  } else {
-    panel.attachment = kernel_.attach(*panel.panel.usb(), panel.nodes);
-    panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
+    panel.attachment = kernel_.attach(*serial, panel.serial_port);
+    return;
   }
-  refuse_opens(panel);
+  std::vector<PluggedInterface> interfaces;
+  for (const UsbInterface& interface : panel.panel.usb_interfaces()) {
+    const size_t number = interfaces.size();
+    HidNodes& nodes = panel.usb_nodes[number];
+    nodes.phys =
+        "usb-0000:00:14.0-" + std::to_string(panel.usb_port) + "/input" + std::to_string(number);
+    interfaces.push_back({interface, nodes});
+  }
+  panel.attachment = kernel_.attach(std::move(interfaces));
+  panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
 }
 
 // Permissions do not stop root, but a test run by root wants nodes that nobody can open.
 void Panels::refuse_opens(const Panel& panel) {
-  if (panel.description.hiddev_mode == 0) kernel_.fail_open(panel.nodes.hiddev, EACCES);
-  if (panel.description.mode == 0) {
-    kernel_.fail_open(panel.nodes.hidraw, EACCES);
-    kernel_.fail_open(panel.nodes.event, EACCES);
-    kernel_.fail_open(panel.port, EACCES);
+  for (const NodePlaceholder& node : placeholders(panel)) {
+    if (node.mode == 0) kernel_.fail_open(node.path, EACCES);
   }
 }
 
-std::string Panels::create_nodes(NodeOf node_of, mode_t PanelDescription::*mode) const {
-  std::vector<Placeholder> nodes;
-  for (const auto& panel : panels_) {
-    const std::string& path = node_of(*panel);
-    if (!path.empty()) nodes.push_back({path, panel->description.*mode});
+std::vector<NodePlaceholder> Panels::placeholders(const Panel& panel) {
+  const PanelDescription& description = panel.description;
+  std::vector<NodePlaceholder> all;
+  for (const HidNodes& nodes : panel.usb_nodes) {
+    all.insert(all.end(), {{nodes.hiddev, description.hiddev_mode},
+                           {nodes.hidraw, description.mode},
+                           {nodes.event, description.mode}});
   }
-  return nodes.empty() ? std::string() : create_in_order(std::move(nodes));
+  all.push_back({panel.serial_port, description.mode});
+  std::erase_if(all, [](const NodePlaceholder& node) { return node.path.empty(); });
+  return all;
 }
 
 std::string Panels::create_name_lists() const {
@@ -145,7 +164,7 @@ std::string Panels::create_name_lists() const {
   for (const auto& panel : panels_) {
     if (panel->panel.serial()) continue;  // on a port, a panel does not tell its name
     auto& names = panel->panel.pct() ? pct : resistive;
-    const std::string& name = panel->description.identity.product_name;
+    const std::string name = list_name(panel->description.identity);
     if (std::ranges::find(names, name) == names.end()) names.push_back(name);
   }
   const fs::path directory = kDataDirectory;
@@ -155,35 +174,21 @@ std::string Panels::create_name_lists() const {
 }
 
 std::string Panels::create_files() const {
-  try {
-    constexpr std::pair<NodeOf, mode_t PanelDescription::*> kKinds[] = {
-        {[](const Panel& panel) -> auto& {return panel.nodes.hiddev;
+  std::map<fs::path, std::vector<NodePlaceholder>> directories;
+  for (const auto& panel : panels_) {
+    for (NodePlaceholder& node : placeholders(*panel)) {
+      directories[node.path.parent_path()].push_back(std::move(node));
+    }
   }
-  , &PanelDescription::hiddev_mode
-}
-, {[](const Panel& panel) -> auto& {return panel.nodes.hidraw;
-}  // namespace zelkora::sim
-, &PanelDescription::mode
-}
-, {[](const Panel& panel) -> auto& {return panel.nodes.event;
-}
-, &PanelDescription::mode
-}
-, {
-  [](const Panel& panel) -> auto& { return panel.port; }
-  , &PanelDescription::mode
-}
-}
-;
-for (const auto& [node_of, mode] : kKinds) {
-  std::string problem = create_nodes(node_of, mode);
-  if (!problem.empty()) return problem;
-}
-return create_name_lists();
-}
-catch (const fs::filesystem_error& error) {
-  return error.what();
-}
+  try {
+    for (const auto& [directory, nodes] : directories) {
+      std::string problem = create_in_order(nodes);
+      if (!problem.empty()) return problem;
+    }
+    return create_name_lists();
+  } catch (const fs::filesystem_error& error) {
+    return error.what();
+  }
 }
 
 bool Panels::unplug(size_t number) {
@@ -191,11 +196,34 @@ bool Panels::unplug(size_t number) {
   if (!panel.plugged) return false;
   panel.plugged = false;
   kernel_.unplug(panel.attachment);
-  for (const std::string& node :
-       {panel.nodes.hiddev, panel.nodes.hidraw, panel.nodes.event, panel.port}) {
-    if (!node.empty()) remove_node_placeholder(node);
-  }
+  for (const NodePlaceholder& node : placeholders(panel)) remove_node_placeholder(node.path);
   return true;
+}
+
+std::optional<std::vector<std::string>> Panels::plug(size_t number) {
+  Panel& panel = *panels_[number];
+  if (panel.plugged) return std::nullopt;
+  panel.usb_port = free_usb_port_other_than(panel.usb_port);
+  const std::string problem = create_all(placeholders(panel));
+  if (!problem.empty()) throw std::runtime_error(problem);
+  attach(panel);
+  if (panel.panel.serial()) return {{panel.serial_port}};
+  std::vector<std::string> list;
+  for (const HidNodes& nodes : panel.usb_nodes) {
+    list.insert(list.end(), {nodes.hiddev, nodes.hidraw, nodes.event});
+  }
+  return list;
+}
+
+unsigned Panels::free_usb_port_other_than(unsigned left) const {
+  const auto taken = [&](unsigned port) {
+    return port == left || std::ranges::any_of(panels_, [&](const auto& panel) {
+             return panel->plugged && panel->usb_port == port;
+           });
+  };
+  unsigned port = 1;
+  while (taken(port)) ++port;
+  return port;
 }
 
 }  // namespace zelkora::sim

@@ -5,7 +5,11 @@
 // that stand for their nodes in the session's /dev.
 #pragma once
 
+#include <sys/types.h>
+
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,6 +21,12 @@
 
 namespace zelkora::sim {
 
+// The file that stands for a node.
+struct NodePlaceholder {
+  std::filesystem::path path;
+  mode_t mode;
+};
+
 class Panels final : public PluggedPanels {
  public:
   explicit Panels(std::span<const PanelDescription> descriptions);
@@ -24,6 +34,7 @@ class Panels final : public PluggedPanels {
   size_t size() const override { return panels_.size(); }
   VirtualPanel& panel(size_t number) override { return panels_[number]->panel; }
   bool unplug(size_t number) override;
+  std::optional<std::vector<std::string>> plug(size_t number) override;
 
   HostCommands* commands() override { return &commands_; }
 
@@ -35,22 +46,21 @@ class Panels final : public PluggedPanels {
 
  private:
   struct Panel {
-    Panel(const PanelDescription& described, size_t number);
+    explicit Panel(const PanelDescription& described);
 
     VirtualPanel panel;
-    HidNodes nodes;    // of a panel on USB
-    std::string port;  // of a serial one
     PanelDescription description;
+    unsigned usb_port = 0;            // of a panel on USB, from 1
+    std::vector<HidNodes> usb_nodes;  // of each interface
+    std::string serial_port;          // the node of a panel there
     int attachment = -1;
-    bool plugged = true;
+    bool plugged = false;
   };
 
-  void plug(Panel& panel);
+  static std::vector<NodePlaceholder> placeholders(const Panel& panel);
+  void attach(Panel& panel);
   void refuse_opens(const Panel& panel);
-
-  // The node of one kind, empty when a panel has none.
-  using NodeOf = const std::string& (*)(const Panel& panel);
-  std::string create_nodes(NodeOf node_of, mode_t PanelDescription::*mode) const;
+  unsigned free_usb_port_other_than(unsigned left) const;
   std::string create_name_lists() const;
 
   std::vector<std::unique_ptr<Panel>> panels_;

@@ -26,7 +26,21 @@ std::string one_line(const Answer& answer) {
 }
 
 void set_mode(const std::string& node, mode_t mode) {
+  if (node.empty()) return;
   if (chmod(node.c_str(), mode) != 0) throw std::runtime_error(node + ": " + std::strerror(errno));
+}
+
+// Returns the nodes as a list.
+std::vector<std::string> give_permissions(const PanelDescription& description,
+                                          const std::vector<UsbNodes>& interfaces) {
+  std::vector<std::string> list;
+  for (const auto& [hiddev, hidraw, event] : interfaces) {
+    set_mode(hiddev, description.hiddev_mode);
+    set_mode(hidraw, description.mode);
+    set_mode(event, description.mode);
+    list.insert(list.end(), {hiddev, hidraw, event});
+  }
+  return list;
 }
 
 }  // namespace
@@ -34,21 +48,27 @@ void set_mode(const std::string& node, mode_t mode) {
 Bench::Bench() = default;
 Bench::~Bench() = default;
 
-UsbNodes Bench::plug(const PanelDescription& description) {
+std::vector<std::string> Bench::plug(const PanelDescription& description) {
   if (is_serial(description)) {
     throw std::runtime_error("a serial panel is not on USB");
   }
-  if (!description.on_hiddev || !description.on_hidraw) {
-    throw std::runtime_error("a real kernel gives every panel a hiddev and a hidraw node");
+  if (!description.on_hidraw) {
+    throw std::runtime_error(
+        "nodes=hiddev: a real kernel gives every panel on USB a hidraw node; "
+        "nodes=hidraw and nodes=both are possible");
   }
-  panels_.push_back({std::make_unique<VirtualPanel>(description)});
+  panels_.push_back({std::make_unique<VirtualPanel>(description), description});
   VirtualPanel& panel = *panels_.back().panel;
   panel.set_on_reset([this, number = panels_.size() - 1] { server_.replug(number); });
-  UsbNodes nodes = server_.plug(*panel.usb());
-  set_mode(nodes.hiddev, description.hiddev_mode);
-  set_mode(nodes.hidraw, description.mode);
-  set_mode(nodes.event, description.mode);
-  return nodes;
+  return give_permissions(description, server_.plug(panel.usb_interfaces()));
+}
+
+std::optional<std::vector<std::string>> Bench::plug(size_t number) {
+  Panel& panel = panels_[number];
+  if (panel.plugged) return std::nullopt;
+  const std::vector<UsbNodes> nodes = server_.plug_again(number);
+  panel.plugged = true;
+  return give_permissions(panel.description, nodes);
 }
 
 bool Bench::unplug(size_t number) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,12 +24,14 @@ class Bench final : public PluggedPanels {
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
 
-  UsbNodes plug(const PanelDescription& description);
+  // Returns the nodes that the kernel made.
+  std::vector<std::string> plug(const PanelDescription& description);
 
   size_t size() const override { return panels_.size(); }
   VirtualPanel& panel(size_t number) override { return *panels_[number].panel; }
   // Waits until the nodes are gone.
   bool unplug(size_t number) override;
+  std::optional<std::vector<std::string>> plug(size_t number) override;
 
   // Answers a query in one line: with "ok" when there is nothing to say, with the number of lines
   // and " | " in front of each when it is a list, with "error: " and the reason when it failed.
@@ -40,6 +43,7 @@ class Bench final : public PluggedPanels {
  private:
   struct Panel {
     std::unique_ptr<VirtualPanel> panel;
+    PanelDescription description;
     bool plugged = true;
   };
 

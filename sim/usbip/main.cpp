@@ -23,10 +23,12 @@ constexpr char kUsage[] =
     "Usage: zelkora-usbip DESCRIPTION...\n"
     "\n"
     "The controllers are plugged in one after another. For each it prints \"plugged NUMBER HIDDEV\n"
-    "HIDRAW EVENT\", with the nodes that the kernel made, and at last \"ready\". From then on it\n"
-    "takes queries, a line each, and answers each with a line: with \"ok\" when there is nothing\n"
-    "to say, with how many and \" | \" in front of each for frames, or with \"error: \" and the\n"
-    "reason. PANEL counts from 0.\n";
+    "HIDRAW EVENT\", with the nodes that the kernel made, a pen's three behind them and \"-\" for\n"
+    "one that does not exist, and at last \"ready\". From then on it takes queries, a line each, "
+    "and\n"
+    "answers each with a line: with \"ok\" when there is nothing to say, with how many and \" | \" "
+    "in\n"
+    "front of each for frames, or with \"error: \" and the reason. PANEL counts from 0.\n";
 
 void print_help(std::FILE* file) {
   const std::string queries = zelkora::sim::query_help();
@@ -62,9 +64,8 @@ void run(const std::vector<zelkora::sim::PanelDescription>& descriptions) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // an answer must not wait for the next one
   zelkora::sim::Bench bench;
   for (size_t i = 0; i < descriptions.size(); ++i) {
-    const auto nodes = bench.plug(descriptions[i]);
-    std::printf("plugged %zu %s %s %s\n", i, nodes.hiddev.c_str(), nodes.hidraw.c_str(),
-                nodes.event.c_str());
+    const std::vector<std::string> nodes = bench.plug(descriptions[i]);
+    std::puts(zelkora::sim::plugged_line(i, nodes).c_str());
   }
   std::puts("ready");
   answer_queries(bench);

@@ -13,7 +13,7 @@ using Bytes = std::vector<uint8_t>;
 constexpr uint16_t kUsbVersion = 0x0110;
 constexpr uint16_t kHidVersion = 0x0111;
 constexpr uint8_t kControlPacketSize = 64;  // also of the interrupt endpoint
-constexpr uint8_t kInterruptIn = 0x81;
+constexpr uint8_t kFirstInterruptIn = 0x81;
 constexpr uint8_t kPollMilliseconds = 10;
 
 constexpr uint8_t low(unsigned value) { return static_cast<uint8_t>(value); }
@@ -37,6 +37,12 @@ enum Item : uint8_t {
   kFeature = 0xB0,
   kEndCollection = 0xC0,
 };
+
+constexpr int kDesktopPage = 0x01;
+constexpr int kButtonPage = 0x09;
+constexpr int kDigitizerPage = 0x0D;
+constexpr int kX = 0x30;  // of the desktop page
+constexpr int kY = 0x31;
 
 constexpr int kPhysical = 0;
 constexpr int kApplication = 1;
@@ -65,19 +71,24 @@ void put_feature_report(Bytes& out, const FeatureReport& report) {
   put(out, kFeature, kVariable);
 }
 
+// The page has its top bit set, so put() would widen it to four bytes.
+void put_vendor_page(Bytes& out) { append(out, {kUsagePage | 2, 0x00, 0xFF}); }
+
 void put_bits(Bytes& out, int count, int size, int kind) {
   put(out, kReportCount, count);
   put(out, kReportSize, size);
   put(out, kInput, kind);
 }
 
-// Three buttons and two relative axes.
-void put_mouse(Bytes& out, uint8_t id) {
-  constexpr int kDesktopPage = 0x01, kButtonPage = 0x09;
-  constexpr int kPointer = 0x01, kMouse = 0x02, kX = 0x30, kY = 0x31;
+// Three buttons and two relative axes, behind the feature reports that the application has.
+void put_mouse(Bytes& out, uint8_t id, std::span<const FeatureReport> reports) {
+  constexpr int kPointer = 0x01, kMouse = 0x02;
   put(out, kUsagePage, kDesktopPage);
   put(out, kUsage, kMouse);
   put(out, kCollection, kApplication);
+  if (!reports.empty()) put_vendor_page(out);
+  for (const FeatureReport& report : reports) put_feature_report(out, report);
+  if (!reports.empty()) put(out, kUsagePage, kDesktopPage);
   put(out, kReportId, id);
   put(out, kUsage, kPointer);
   put(out, kCollection, kPhysical);
@@ -98,6 +109,53 @@ void put_mouse(Bytes& out, uint8_t id) {
   out.push_back(kEndCollection);
 }
 
+// One end of a pen: whether it touches, whether it is near, and two absolute axes.
+void put_pen_end(Bytes& out, uint8_t id, int touches) {
+  constexpr int kPen = 0x02, kStylus = 0x20, kInRange = 0x32;
+  put(out, kUsagePage, kDigitizerPage);
+  put(out, kUsage, kPen);
+  put(out, kCollection, kApplication);
+  put(out, kReportId, id);
+  put(out, kUsage, kStylus);
+  put(out, kCollection, kPhysical);
+  put(out, kUsage, touches);
+  put(out, kUsage, kInRange);
+  put(out, kLogicalMinimum, 0);
+  put(out, kLogicalMaximum, 1);
+  put_bits(out, 2, 1, kVariable);
+  put_bits(out, 1, 6, kConstant);
+  put(out, kUsagePage, kDesktopPage);
+  put(out, kUsage, kX);
+  put(out, kUsage, kY);
+  put(out, kLogicalMaximum, 4095);
+  put_bits(out, 2, 16, kVariable);
+  out.push_back(kEndCollection);
+  out.push_back(kEndCollection);
+}
+
+// Both ends are applications of the same kind: the kernel makes one event node of them, and says
+// in its name what it is for, since there is more than one. A stylus in place of the pen would be
+// called "Pen", but is no input application to hiddev, which would make a node of its own.
+void put_pen(Bytes& out, uint8_t id) {
+  constexpr int kTipSwitch = 0x42, kEraser = 0x45;
+  put_pen_end(out, id, kTipSwitch);
+  put_pen_end(out, static_cast<uint8_t>(id + 1), kEraser);
+}
+
+Bytes interface_descriptors(uint8_t number, const UsbInterface& interface) {
+  Bytes out = {9,      kInterfaceDescriptor,
+               number, 0,  // alternate setting
+               1,          // endpoint
+               3,      0,
+               0,  // HID, no boot protocol
+               0};
+  append(out, hid_descriptor(interface));
+  append(out, {7, kEndpointDescriptor, static_cast<uint8_t>(kFirstInterruptIn + number),
+               3,  // interrupt
+               kControlPacketSize, 0, kPollMilliseconds});
+  return out;
+}
+
 }  // namespace
 
 Bytes device_descriptor(const UsbIdentity& identity) {
@@ -115,42 +173,33 @@ Bytes device_descriptor(const UsbIdentity& identity) {
           high(identity.product),
           0x00,  // device release 1.00
           0x01,
-          kManufacturerString,
-          kProductString,
-          0,   // no serial number
-          1};  // configuration
+          identity.manufacturer.empty() ? kNoString : kManufacturerString,
+          identity.product_name.empty() ? kNoString : kProductString,
+          kNoString,  // serial number
+          1};         // configuration
 }
 
-Bytes configuration_descriptor(const HidDevice& device) {
-  const Bytes interface = {9, kInterfaceDescriptor,
-                           0, 0,  // number, alternate setting
-                           1,     // endpoint
-                           3, 0,
-                           0,  // HID, no boot protocol
-                           0};
-  const Bytes endpoint = {7,
-                          kEndpointDescriptor,
-                          kInterruptIn,
-                          3,  // interrupt
-                          kControlPacketSize,
-                          0,
-                          kPollMilliseconds};
-  Bytes out = {9,    kConfigurationDescriptor, 0, 0,  // the total length, set below
-               1,                                     // interface
-               1,                                     // this configuration's value
+Bytes configuration_descriptor(std::span<const UsbInterface> interfaces) {
+  Bytes out = {9,
+               kConfigurationDescriptor,
+               0,
+               0,  // the total length, set below
+               static_cast<uint8_t>(interfaces.size()),
+               1,  // this configuration's value
                0,
                0x80,  // powered by the bus
                50};   // 100 mA
-  append(out, interface);
-  append(out, hid_descriptor(device));
-  append(out, endpoint);
+  uint8_t number = 0;
+  for (const UsbInterface& interface : interfaces) {
+    append(out, interface_descriptors(number++, interface));
+  }
   out[2] = low(static_cast<unsigned>(out.size()));
   out[3] = high(static_cast<unsigned>(out.size()));
   return out;
 }
 
-Bytes hid_descriptor(const HidDevice& device) {
-  const auto length = static_cast<unsigned>(report_descriptor(device).size());
+Bytes hid_descriptor(const UsbInterface& interface) {
+  const auto length = static_cast<unsigned>(report_descriptor(interface).size());
   return {9, kHidDescriptor,    low(kHidVersion), high(kHidVersion), 0,  // no country
           1, kReportDescriptor, low(length),      high(length)};
 }
@@ -160,8 +209,8 @@ Bytes language_descriptor() {
 }
 
 Bytes string_descriptor(std::string_view text) {
-  constexpr size_t kLongest = (255 - 2) / 2;
-  text = text.substr(0, kLongest);
+  static_assert(2 + 2 * kLongestUsbText <= UINT8_MAX);
+  text = text.substr(0, kLongestUsbText);
   Bytes out{static_cast<uint8_t>(2 + 2 * text.size()), kStringDescriptor};
   for (const char c : text) {
     out.push_back(static_cast<uint8_t>(c));
@@ -170,18 +219,30 @@ Bytes string_descriptor(std::string_view text) {
   return out;
 }
 
-Bytes report_descriptor(const HidDevice& device) {
-  // The page has its top bit set, so put() would widen it to four bytes.
-  Bytes out{kUsagePage | 2, 0x00, 0xFF};
-  put(out, kUsage, 1);
-  put(out, kCollection, kApplication);
-  for (const FeatureReport& report : device.feature_reports()) put_feature_report(out, report);
-  out.push_back(kEndCollection);
-  put_mouse(out, mouse_report_id(device.feature_reports()));
+Bytes report_descriptor(const UsbInterface& interface) {
+  const auto reports = interface.hid.feature_reports();
+  const uint8_t id = input_report_id(reports);
+  Bytes out;
+  switch (interface.applications) {
+    case Applications::kVendorAndMouse:
+      put_vendor_page(out);
+      put(out, kUsage, 1);
+      put(out, kCollection, kApplication);
+      for (const FeatureReport& report : reports) put_feature_report(out, report);
+      out.push_back(kEndCollection);
+      put_mouse(out, id, {});
+      break;
+    case Applications::kMouse:
+      put_mouse(out, id, reports);
+      break;
+    case Applications::kPen:
+      put_pen(out, id);
+      break;
+  }
   return out;
 }
 
-uint8_t mouse_report_id(std::span<const FeatureReport> reports) {
+uint8_t input_report_id(std::span<const FeatureReport> reports) {
   uint8_t id = 1;
   while (std::ranges::find(reports, id, &FeatureReport::id) != reports.end()) ++id;
   return id;

@@ -68,9 +68,10 @@ std::optional<Bytes> UsbDevice::serve(const SetupPacket& setup, std::span<const 
 std::optional<Bytes> UsbDevice::descriptor(const SetupPacket& setup) const {
   switch (setup.value.high()) {
     case kDeviceDescriptor:
-      return device_descriptor(hid_.identity());
+      return device_descriptor(interfaces_[0].hid.identity());
     case kConfigurationDescriptor:
-      return setup.value.low() == 0 ? std::optional(configuration_descriptor(hid_)) : std::nullopt;
+      return setup.value.low() == 0 ? std::optional(configuration_descriptor(interfaces_))
+                                    : std::nullopt;
     case kStringDescriptor:
       return string(setup.value.low());
     default:
@@ -79,34 +80,45 @@ std::optional<Bytes> UsbDevice::descriptor(const SetupPacket& setup) const {
 }
 
 std::optional<Bytes> UsbDevice::string(uint8_t index) const {
+  const UsbIdentity& identity = interfaces_[0].hid.identity();
   switch (index) {
     case 0:
       return language_descriptor();
     case kManufacturerString:
-      return string_descriptor(hid_.identity().manufacturer);
+      return string_descriptor(identity.manufacturer);
     case kProductString:
-      return string_descriptor(hid_.identity().product_name);
+      return string_descriptor(identity.product_name);
     default:
       return std::nullopt;
   }
 }
 
+// The interface that a request to an interface names; nullptr: there is no such one.
+const UsbInterface* UsbDevice::addressed(const SetupPacket& setup) const {
+  const size_t number = setup.index.low();
+  return number < interfaces_.size() ? &interfaces_[number] : nullptr;
+}
+
 std::optional<Bytes> UsbDevice::interface_descriptor(const SetupPacket& setup) const {
+  const UsbInterface* interface = addressed(setup);
+  if (interface == nullptr) return std::nullopt;
   switch (setup.value.high()) {
     case kHidDescriptor:
-      return hid_descriptor(hid_);
+      return hid_descriptor(*interface);
     case kReportDescriptor:
-      return report_descriptor(hid_);
+      return report_descriptor(*interface);
     default:
       return std::nullopt;
   }
 }
 
 std::optional<Bytes> UsbDevice::get_report(const SetupPacket& setup) {
-  const auto reports = hid_.feature_reports();
+  const UsbInterface* interface = addressed(setup);
+  if (interface == nullptr) return std::nullopt;
+  const auto reports = interface->hid.feature_reports();
   const auto report = std::ranges::find(reports, setup.value.low(), &FeatureReport::id);
   if (setup.value.high() != kFeatureReportType || report == reports.end()) return std::nullopt;
-  const std::optional<Bytes> payload = hid_.get_feature(report->id);
+  const std::optional<Bytes> payload = interface->hid.get_feature(report->id);
   if (!payload) return std::nullopt;
   // The device sends the whole report, whatever it has to say.
   Bytes answer{report->id};
@@ -117,11 +129,13 @@ std::optional<Bytes> UsbDevice::get_report(const SetupPacket& setup) {
 
 std::optional<Bytes> UsbDevice::set_report(const SetupPacket& setup,
                                            std::span<const uint8_t> data) {
+  const UsbInterface* interface = addressed(setup);
   const uint8_t id = setup.value.low();
-  if (setup.value.high() != kFeatureReportType || data.empty() || data[0] != id) {
+  if (interface == nullptr || setup.value.high() != kFeatureReportType || data.empty() ||
+      data[0] != id) {
     return std::nullopt;
   }
-  if (!hid_.set_feature(id, data.subspan(1))) return std::nullopt;
+  if (!interface->hid.set_feature(id, data.subspan(1))) return std::nullopt;
   return Bytes{};
 }
 

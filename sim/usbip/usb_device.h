@@ -7,9 +7,10 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
-#include "hid_device.h"
+#include "usb_interface.h"
 
 namespace zelkora::sim {
 
@@ -39,18 +40,18 @@ static_assert(sizeof(SetupPacket) == 8);
 
 class UsbDevice {
  public:
-  explicit UsbDevice(HidDevice& hid) : hid_(hid) {}
+  // The interfaces in the order of their numbers; the first one names the device.
+  explicit UsbDevice(std::vector<UsbInterface> interfaces) : interfaces_(std::move(interfaces)) {}
 
   // Serves one control request. `data` is what an outgoing request carries; the result is what
   // an incoming one returns, never more than the setup packet's length. Nothing: a stall.
   std::optional<std::vector<uint8_t>> control(const SetupPacket& setup,
                                               std::span<const uint8_t> data);
 
-  HidDevice& hid() { return hid_; }
-
  private:
   std::optional<std::vector<uint8_t>> serve(const SetupPacket& setup,
                                             std::span<const uint8_t> data);
+  const UsbInterface* addressed(const SetupPacket& setup) const;
   std::optional<std::vector<uint8_t>> descriptor(const SetupPacket& setup) const;
   std::optional<std::vector<uint8_t>> string(uint8_t index) const;
   std::optional<std::vector<uint8_t>> interface_descriptor(const SetupPacket& setup) const;
@@ -58,7 +59,7 @@ class UsbDevice {
   std::optional<std::vector<uint8_t>> set_report(const SetupPacket& setup,
                                                  std::span<const uint8_t> data);
 
-  HidDevice& hid_;
+  std::vector<UsbInterface> interfaces_;
   uint8_t configuration_ = 0;
 };
 

@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -17,6 +18,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace zelkora::sim {
 namespace {
@@ -29,30 +31,33 @@ std::runtime_error failure(const std::string& what) {
   return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// The first port without a device, of those for devices of up to high speed; `only`: this one, if
-// it is free. Each line of the table reads "hub port state ...".
-std::optional<unsigned> free_port(std::optional<unsigned> only = std::nullopt) {
+// The ports without a device, of those for devices of up to high speed. Each line of the table
+// reads "hub port state ...".
+std::vector<unsigned> free_ports() {
   constexpr unsigned kNothingInIt = 4;
   std::ifstream status(std::string(kHostController) + "/status");
   if (!status) {
     throw std::runtime_error(std::string(kHostController) +
                              " is missing: load the module vhci-hcd (as root)");
   }
+  std::vector<unsigned> ports;
   std::string line;
   while (std::getline(status, line)) {
     std::istringstream words(line);
     std::string hub;
     unsigned port = 0, state = 0;
     const bool is_free = words >> hub >> port >> state && hub == "hs" && state == kNothingInIt;
-    if (is_free && port == only.value_or(port)) return port;
+    if (is_free) ports.push_back(port);
   }
-  return std::nullopt;
+  return ports;
 }
 
-unsigned any_free_port() {
-  const std::optional<unsigned> port = free_port();
-  if (!port) throw std::runtime_error("every port of the virtual host controller is taken");
-  return *port;
+bool is_free(unsigned port) { return std::ranges::count(free_ports(), port) != 0; }
+
+unsigned free_port_other_than(std::optional<unsigned> left) {
+  for (const unsigned port : free_ports())
+    if (port != left) return port;
+  throw std::runtime_error("every port of the virtual host controller is taken");
 }
 
 // The node below /dev whose entry in /sys matches the pattern; empty when there is none, or none
@@ -74,7 +79,10 @@ std::string find_node(const std::string& pattern, std::string_view folder) {
 // One controller, its port and the connection to the kernel.
 class UsbipServer::Plug {
  public:
-  explicit Plug(HidDevice& device) : device_(device), port_(any_free_port()) { connect(); }
+  explicit Plug(std::vector<UsbInterface> interfaces)
+      : interfaces_(std::move(interfaces)), port_(free_port_other_than(std::nullopt)) {
+    connect();
+  }
   ~Plug() { disconnect(); }
   Plug(const Plug&) = delete;
   Plug& operator=(const Plug&) = delete;
@@ -86,12 +94,17 @@ class UsbipServer::Plug {
     disconnect();
   }
 
+  void plug_elsewhere() {
+    port_ = free_port_other_than(port_);
+    connect();
+  }
+
   // The device leaves when it has answered what it is asked just now, and comes back.
   void replug() { leaving_ = true; }
   bool is_away() const { return leaving_ && socket_ < 0; }
   // The kernel needs a moment to notice that the port is free again.
   void come_back() {
-    if (!free_port(port_)) return;
+    if (!is_free(port_)) return;
     leaving_ = false;
     connect();
   }
@@ -112,12 +125,19 @@ class UsbipServer::Plug {
     if (leaving_) disconnect();
   }
 
-  UsbNodes nodes() const {
-    const std::string interface =
-        std::string(kHostController) + "/usb*/*-" + std::to_string(port_ + 1) + "/*:1.0";
-    return {find_node(interface + "/usbmisc/hiddev*", "/dev/usb"),
-            find_node(interface + "/*/hidraw/hidraw*", "/dev"),
-            find_node(interface + "/*/input/input*/event*", "/dev/input")};
+  const std::vector<UsbInterface>& interfaces() const { return interfaces_; }
+
+  std::vector<UsbNodes> nodes() const {
+    const std::string device =
+        std::string(kHostController) + "/usb*/*-" + std::to_string(port_ + 1) + "/*:1.";
+    std::vector<UsbNodes> all;
+    for (size_t number = 0; number < interfaces_.size(); ++number) {
+      const std::string interface = device + std::to_string(number);
+      all.push_back({find_node(interface + "/usbmisc/hiddev*", "/dev/usb"),
+                     find_node(interface + "/*/hidraw/hidraw*", "/dev"),
+                     find_node(interface + "/*/input/input*/event*", "/dev/input")});
+    }
+    return all;
   }
 
  private:
@@ -126,7 +146,7 @@ class UsbipServer::Plug {
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
       throw failure("socketpair");
     }
-    session_.emplace(device_);
+    session_.emplace(interfaces_);
     socket_ = ends[0];
     try {
       attach(ends[1]);
@@ -153,7 +173,7 @@ class UsbipServer::Plug {
     if (!file) throw failure(path);
   }
 
-  HidDevice& device_;
+  std::vector<UsbInterface> interfaces_;
   std::optional<UsbipSession> session_;  // a new one each time the device is plugged in
   unsigned port_;
   int socket_ = -1;
@@ -163,25 +183,31 @@ class UsbipServer::Plug {
 UsbipServer::UsbipServer() = default;
 UsbipServer::~UsbipServer() = default;
 
-UsbNodes UsbipServer::plug(HidDevice& device) {
-  plugs_.push_back(std::make_unique<Plug>(device));
-  const Plug& plug = *plugs_.back();
-  UsbNodes nodes;
+std::vector<UsbNodes> UsbipServer::plug(std::vector<UsbInterface> interfaces) {
+  plugs_.push_back(std::make_unique<Plug>(std::move(interfaces)));
+  return wait_for_nodes(*plugs_.back());
+}
+
+std::vector<UsbNodes> UsbipServer::plug_again(size_t number) {
+  plugs_.at(number)->plug_elsewhere();
+  return wait_for_nodes(*plugs_[number]);
+}
+
+std::vector<UsbNodes> UsbipServer::wait_for_nodes(const Plug& plug) {
+  std::vector<UsbNodes> nodes;
   const bool made = serve_until([&] {
     nodes = plug.nodes();
-    return nodes.complete();
+    return std::ranges::equal(nodes, plug.interfaces(), &UsbNodes::complete);
   });
-  if (!made) throw std::runtime_error("the kernel made no nodes: see its messages with dmesg");
+  if (!made)
+    throw std::runtime_error("the kernel did not make the nodes: see its messages with dmesg");
   return nodes;
 }
 
 void UsbipServer::unplug(size_t number) {
   Plug& plug = *plugs_.at(number);
   plug.unplug();
-  const bool gone = serve_until([&] {
-    const UsbNodes left = plug.nodes();
-    return left.hiddev.empty() && left.hidraw.empty() && left.event.empty();
-  });
+  const bool gone = serve_until([&] { return std::ranges::all_of(plug.nodes(), &UsbNodes::none); });
   if (!gone) throw std::runtime_error("the kernel keeps the nodes of an unplugged controller");
 }
 

@@ -9,18 +9,21 @@
 #include <string>
 #include <vector>
 
-#include "hid_device.h"
+#include "usb_interface.h"
 #include "usbip_session.h"
 
 namespace zelkora::sim {
 
-// The nodes that the kernel made for a controller.
+// The nodes that the kernel made for an interface of a controller; empty: none.
 struct UsbNodes {
   std::string hiddev;
   std::string hidraw;
   std::string event;
 
-  bool complete() const { return !hiddev.empty() && !hidraw.empty() && !event.empty(); }
+  bool none() const { return hiddev.empty() && hidraw.empty() && event.empty(); }
+  bool complete(const UsbInterface& interface) const {
+    return hiddev.empty() != interface.makes_hiddev() && !hidraw.empty() && !event.empty();
+  }
 };
 
 // Everything runs on the caller's thread: the kernel is answered only while a call lasts.
@@ -33,12 +36,16 @@ class UsbipServer {
   UsbipServer(const UsbipServer&) = delete;
   UsbipServer& operator=(const UsbipServer&) = delete;
 
-  // Plugs the device in and waits for its nodes. The device must outlive the server or be
-  // unplugged first. Controllers are numbered from 0 in the order of these calls.
-  UsbNodes plug(HidDevice& device);
+  // Plugs a device with these interfaces in and waits for the nodes of each. The device must
+  // outlive the server or be unplugged first. Devices are numbered from 0 in the order of these
+  // calls.
+  std::vector<UsbNodes> plug(std::vector<UsbInterface> interfaces);
 
   // Pulls the plug and waits until the kernel has dropped the nodes.
   void unplug(size_t number);
+
+  // Plugs an unplugged device in again, into another port, and waits for its nodes.
+  std::vector<UsbNodes> plug_again(size_t number);
 
   // Pulls the plug and puts it back into the same port: what a device does that resets itself. A
   // device may ask for this in the midst of a request; it is done while the kernel is answered.
@@ -50,6 +57,7 @@ class UsbipServer {
  private:
   class Plug;
 
+  std::vector<UsbNodes> wait_for_nodes(const Plug& plug);
   bool serve(int descriptor, int milliseconds);
   template <typename Condition>
   bool serve_until(Condition condition);

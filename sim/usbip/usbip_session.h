@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <set>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "usb_device.h"
@@ -17,7 +18,7 @@ namespace zelkora::sim {
 
 class UsbipSession {
  public:
-  explicit UsbipSession(HidDevice& hid) : device_(hid) {}
+  explicit UsbipSession(std::vector<UsbInterface> interfaces) : device_(std::move(interfaces)) {}
 
   // Takes bytes in pieces of any size and returns the answers to the messages they complete.
   std::vector<uint8_t> receive(std::span<const uint8_t> bytes);

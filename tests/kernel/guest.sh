@@ -7,8 +7,9 @@ set -euo pipefail
 
 here=$(dirname "${BASH_SOURCE[0]}")
 
-# The nodes of the attached panels, in the order of attachment.
-declare -a hiddev hidraw event
+# The nodes of the attached panels, in the order of attachment, and those of their pens; "-" for a
+# node that does not exist.
+declare -a hiddev hidraw event pen_hidraw pen_event
 
 fail() {
     echo "not so: $*" >&2
@@ -34,15 +35,21 @@ install_name_list() {  # NAME...
 # Plugs emulated controllers in and goes on serving them; see zelkora-usbip --help for DESCRIPTION.
 attach() {  # DESCRIPTION...
     coproc usbip { exec "$ZELKORA_BUILD/zelkora-usbip" "$@"; }
-    local word panel hiddev_node hidraw_node event_node
-    while read -r word panel hiddev_node hidraw_node event_node <&"${usbip[0]}"; do
-        [[ $word == plugged ]] || break
-        hiddev[panel]=$hiddev_node
-        hidraw[panel]=$hidraw_node
-        event[panel]=$event_node
-        echo "panel $panel is plugged in: $hiddev_node $hidraw_node $event_node"
+    local words
+    while read -ra words <&"${usbip[0]}"; do
+        [[ ${words[0]} == plugged ]] || break
+        note_nodes "${words[@]:1}"
     done
-    [[ $word == ready ]] || fail "the controllers could not be plugged in"
+    [[ ${words[*]} == ready ]] || fail "the controllers could not be plugged in"
+}
+
+note_nodes() {  # PANEL HIDDEV HIDRAW EVENT [PEN-HIDDEV PEN-HIDRAW PEN-EVENT]
+    hiddev[$1]=$2
+    hidraw[$1]=$3
+    event[$1]=$4
+    pen_hidraw[$1]=${6:--}
+    pen_event[$1]=${7:--}
+    echo "panel $1 is plugged in: ${*:2}"
 }
 
 # Asks the emulated controllers themselves; see zelkora-usbip --help for COMMAND.
@@ -52,6 +59,14 @@ bench() {  # COMMAND...
     read -r answer <&"${usbip[0]}"
     [[ $answer != error:* ]] || fail "$*: $answer"
     echo "$answer"
+}
+
+# Puts an unplugged panel back, into another port, where its nodes may be others.
+plug() {  # PANEL
+    local answer words
+    answer=$(bench plug "$1")
+    read -ra words <<<"$answer"
+    note_nodes "${words[@]:1}"
 }
 
 # How many command frames reached an emulated controller so far.

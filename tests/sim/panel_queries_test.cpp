@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -26,10 +28,16 @@ class Rack final : public PluggedPanels {
   size_t size() const override { return panels_.size(); }
   VirtualPanel& panel(size_t number) override { return *panels_[number]; }
   bool unplug(size_t number) override { return unplugged.insert(number).second; }
+  std::optional<std::vector<std::string>> plug(size_t number) override {
+    if (plug_fails) throw std::runtime_error("every port is taken");
+    if (unplugged.erase(number) == 0) return std::nullopt;
+    return {{"", "/dev/hidraw7", "/dev/input/event9"}};
+  }
   HostCommands* commands() override { return has_stand_ins ? &stand_ins : nullptr; }
 
   HostCommands stand_ins{{}};
   bool has_stand_ins = true;
+  bool plug_fails = false;
 
   std::set<size_t> unplugged;
 
@@ -175,6 +183,22 @@ TEST_F(PanelQueriesTest, UnplugAPanelOnce) {
   const Answer again = answer_query(rack_, "unplug 1");
   EXPECT_EQ(again.status, kExitFailed);
   EXPECT_EQ(again.text, "panel 1 is unplugged already");
+}
+
+TEST_F(PanelQueriesTest, PlugAnUnpluggedPanelInOnceAndTellItsNodes) {
+  ask("unplug 1");
+  EXPECT_EQ(ask("plug 1"), "plugged 1 - /dev/hidraw7 /dev/input/event9\n");
+  EXPECT_FALSE(answer_query(rack_, "plug 1").is_list) << "it is one line";
+  const Answer again = answer_query(rack_, "plug 1");
+  EXPECT_EQ(again.status, kExitFailed);
+  EXPECT_EQ(again.text, "panel 1 is plugged in already");
+}
+
+TEST_F(PanelQueriesTest, TellWhyAPanelCannotBePluggedIn) {
+  rack_.plug_fails = true;
+  const Answer answer = answer_query(rack_, "plug 1");
+  EXPECT_EQ(answer.status, kExitFailed);
+  EXPECT_EQ(answer.text, "every port is taken");
 }
 
 TEST_F(PanelQueriesTest, ListTheCommandsRun) {

@@ -65,7 +65,7 @@ class UsbDeviceTest : public testing::Test {
   }
 
   EchoDevice device_;
-  UsbDevice usb_{device_};
+  UsbDevice usb_{{device_}};
 };
 
 TEST_F(UsbDeviceTest, DeviceDescriptorNamesTheIdsLowByteFirst) {
@@ -118,11 +118,11 @@ TEST_F(UsbDeviceTest, SignedRangesAndLongReportsAreWrittenAsTheyAre) {
 }
 
 TEST_F(UsbDeviceTest, MouseTakesTheFirstReportIdThatIsFree) {
-  EXPECT_EQ(mouse_report_id({}), 1);
+  EXPECT_EQ(input_report_id({}), 1);
   device_.reports = {{1, 4, 0, 255}, {3, 4, 0, 255}};
-  EXPECT_EQ(mouse_report_id(device_.reports), 2);
+  EXPECT_EQ(input_report_id(device_.reports), 2);
   device_.reports = {{2, 4, 0, 255}, {1, 4, 0, 255}};
-  EXPECT_EQ(mouse_report_id(device_.reports), 3);
+  EXPECT_EQ(input_report_id(device_.reports), 3);
 }
 
 TEST_F(UsbDeviceTest, HidDescriptorTellsTheLengthOfTheReportDescriptor) {
@@ -216,7 +216,7 @@ class UsbipSessionTest : public testing::Test {
   }
 
   EchoDevice device_;
-  UsbipSession session_{device_};
+  UsbipSession session_{{device_}};
 };
 
 const SetupPacket kAskLanguages = {0x80, 0x06, 0x0300, 0, 255};
@@ -257,7 +257,7 @@ TEST_F(UsbipSessionTest, MessagesMayComeInAnyPieces) {
   }
   const Bytes expected = joined({reply(3, 5, 0, 3), reply(3, 6, 0, 4), {0x04, 0x03, 0x09, 0x04}});
   EXPECT_EQ(answers, expected);
-  EXPECT_EQ(UsbipSession(device_).receive(messages), expected);
+  EXPECT_EQ(UsbipSession({device_}).receive(messages), expected);
 }
 
 TEST_F(UsbipSessionTest, InterruptTransferWaitsUntilItIsUnlinked) {
