@@ -73,8 +73,19 @@ TEST_F(UsbDeviceTest, DeviceDescriptorNamesTheIdsLowByteFirst) {
                                             0x3A, 0x88, 0x88, 0x00, 0x01, 0x01, 0x02, 0x00, 0x01}));
 }
 
+TEST_F(UsbDeviceTest, DeviceDescriptorNamesOnlyTheStringsThatExist) {
+  const auto strings = [](const char* maker, const char* name) {
+    const Bytes descriptor = device_descriptor({1, 2, maker, name});
+    return Bytes(descriptor.begin() + 14, descriptor.begin() + 17);
+  };
+  EXPECT_EQ(strings("Zelkora", "Panel"), (Bytes{1, 2, 0}));
+  EXPECT_EQ(strings("", "Panel"), (Bytes{0, 2, 0}));
+  EXPECT_EQ(strings("Zelkora", ""), (Bytes{1, 0, 0}));
+  EXPECT_EQ(strings("", ""), (Bytes{0, 0, 0}));
+}
+
 TEST_F(UsbDeviceTest, ConfigurationHoldsOneHidInterfaceWithAnInterruptEndpoint) {
-  const auto report_length = static_cast<uint8_t>(report_descriptor(device_).size());
+  const auto report_length = static_cast<uint8_t>(report_descriptor({device_}).size());
   EXPECT_EQ(ask(0x80, 0x06, 0x0200),
             joined({{0x09, 0x02, 0x22, 0x00, 0x01, 0x01, 0x00, 0x80, 0x32},
                     {0x09, 0x04, 0x00, 0x00, 0x01, 0x03, 0x00, 0x00, 0x00},
@@ -111,7 +122,7 @@ TEST_F(UsbDeviceTest, ReportDescriptorDescribesEachFeatureReportAndAMouse) {
 
 TEST_F(UsbDeviceTest, SignedRangesAndLongReportsAreWrittenAsTheyAre) {
   device_.reports = {{7, 300, -128, 127}};
-  const Bytes whole = report_descriptor(device_);
+  const Bytes whole = report_descriptor({device_});
   const Bytes report(whole.begin() + 7, whole.begin() + 25);
   EXPECT_EQ(report, (Bytes{0x85, 0x07, 0x15, 0x80, 0x25, 0x7F, 0x75, 0x08, 0x96, 0x2C, 0x01, 0x19,
                            0x01, 0x2A, 0x2C, 0x01, 0xB1, 0x02}));
@@ -126,7 +137,7 @@ TEST_F(UsbDeviceTest, MouseTakesTheFirstReportIdThatIsFree) {
 }
 
 TEST_F(UsbDeviceTest, HidDescriptorTellsTheLengthOfTheReportDescriptor) {
-  const auto length = static_cast<uint8_t>(report_descriptor(device_).size());
+  const auto length = static_cast<uint8_t>(report_descriptor({device_}).size());
   EXPECT_EQ(ask(0x81, 0x06, 0x2100),
             (Bytes{0x09, 0x21, 0x11, 0x01, 0x00, 0x01, 0x22, length, 0x00}));
   EXPECT_EQ(ask(0x81, 0x06, 0x2300), std::nullopt) << "there are no physical descriptors";
@@ -177,6 +188,69 @@ TEST_F(UsbDeviceTest, UnknownRequestsAreStalled) {
   EXPECT_EQ(ask(0x80, 0x06, 0x0600), std::nullopt) << "device qualifier";
   EXPECT_EQ(ask(0xA1, 0x03, 0), std::nullopt) << "get protocol";
   EXPECT_EQ(ask(0xC0, 0x06, 0x0100), std::nullopt) << "vendor request";
+}
+
+// A feature report that is the mouse's own leaves no application that is not input.
+TEST_F(UsbDeviceTest, ReportDescriptorWithoutAHiddevNodeHasTheFeatureReportsInTheMouse) {
+  EXPECT_EQ(report_descriptor({device_, Applications::kMouse}),
+            joined({Bytes(kMouse.begin(), kMouse.begin() + 6),
+                    {0x06, 0x00, 0xFF},
+                    {0x85, 0x01, 0x15, 0x00, 0x26, 0xFF, 0x00, 0x75, 0x08, 0x95, 0x04, 0x19, 0x01,
+                     0x29, 0x04, 0xB1, 0x02},
+                    {0x05, 0x01},
+                    Bytes(kMouse.begin() + 6, kMouse.end())}));
+}
+
+// A panel on interface 0 and its pen on interface 1.
+class UsbPenTest : public testing::Test {
+ protected:
+  std::optional<Bytes> ask(uint8_t type, uint8_t request, uint16_t value, uint16_t interface) {
+    return usb_.control({type, request, value, interface, 255}, {});
+  }
+
+  EchoDevice device_;
+  PenInterface pen_{device_};
+  UsbDevice usb_{{device_, {pen_, Applications::kPen}}};
+};
+
+TEST_F(UsbPenTest, ConfigurationHoldsAnInterfaceAndAnEndpointForEach) {
+  const auto panel = static_cast<uint8_t>(report_descriptor({device_}).size());
+  const auto pen = static_cast<uint8_t>(report_descriptor({pen_, Applications::kPen}).size());
+  EXPECT_EQ(ask(0x80, 0x06, 0x0200, 0),
+            joined({{0x09, 0x02, 0x3B, 0x00, 0x02, 0x01, 0x00, 0x80, 0x32},
+                    {0x09, 0x04, 0x00, 0x00, 0x01, 0x03, 0x00, 0x00, 0x00},
+                    {0x09, 0x21, 0x11, 0x01, 0x00, 0x01, 0x22, panel, 0x00},
+                    {0x07, 0x05, 0x81, 0x03, 0x40, 0x00, 0x0A},
+                    {0x09, 0x04, 0x01, 0x00, 0x01, 0x03, 0x00, 0x00, 0x00},
+                    {0x09, 0x21, 0x11, 0x01, 0x00, 0x01, 0x22, pen, 0x00},
+                    {0x07, 0x05, 0x82, 0x03, 0x40, 0x00, 0x0A}}));
+}
+
+TEST_F(UsbPenTest, EachInterfaceHasItsOwnReportDescriptor) {
+  EXPECT_EQ(ask(0x81, 0x06, 0x2200, 0), report_descriptor({device_}));
+  EXPECT_EQ(ask(0x81, 0x06, 0x2200, 1), report_descriptor({pen_, Applications::kPen}));
+  EXPECT_EQ(ask(0x81, 0x06, 0x2200, 2), std::nullopt) << "there is no third interface";
+}
+
+TEST_F(UsbPenTest, PenHasTwoEndsThatAreInputAndNothingElse) {
+  const Bytes end = {0x05, 0x0D, 0x09, 0x02, 0xA1, 0x01, 0x85, 0x01, 0x09, 0x20, 0xA1, 0x00, 0x09,
+                     0x42, 0x09, 0x32, 0x15, 0x00, 0x25, 0x01, 0x95, 0x02, 0x75, 0x01, 0x81, 0x02,
+                     0x95, 0x01, 0x75, 0x06, 0x81, 0x01, 0x05, 0x01, 0x09, 0x30, 0x09, 0x31, 0x26,
+                     0xFF, 0x0F, 0x95, 0x02, 0x75, 0x10, 0x81, 0x02, 0xC0, 0xC0};
+  Bytes other_end = end;
+  other_end[7] = 0x02;   // its report
+  other_end[13] = 0x45;  // the eraser in place of the tip
+  EXPECT_EQ(report_descriptor({pen_, Applications::kPen}), joined({end, other_end}));
+}
+
+TEST_F(UsbPenTest, FeatureReportsOfThePenStallAndNeverReachThePanel) {
+  const Bytes report = {1, 0xAA};
+  EXPECT_EQ(ask(0xA1, 0x01, 0x0301, 1), std::nullopt);
+  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 1, 2}, report), std::nullopt);
+  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 2, 2}, report), std::nullopt) << "no such interface";
+  EXPECT_EQ(device_.last_id, 0);
+  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 0, 2}, report), Bytes{});
+  EXPECT_EQ(device_.last_id, 1);
 }
 
 // Messages as they cross the connection.

@@ -92,8 +92,8 @@ TEST_F(VirtualHidrawTest, TellsUnknownRequestsByDirectionAndType) {
 
 TEST_F(VirtualEventTest, GivesNamePhysAndId) {
   std::array<char, 256> text{};
-  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(256), text.data()), 13);
-  EXPECT_STREQ(text.data(), "Zelkora Echo");
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(256), text.data()), 19);
+  EXPECT_STREQ(text.data(), "Zelkora Echo Mouse");
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGPHYS(256), text.data()), 26);
   EXPECT_STREQ(text.data(), kPhys);
   input_id id{};
@@ -146,6 +146,49 @@ TEST_F(VirtualHidTest, AreOnlyThoseWithAPath) {
   kernel_.attach(device, {.phys = "p", .hiddev = "", .hidraw = "/dev/hidraw1", .event = ""});
   EXPECT_EQ(kernel_.node_paths(), (Lines{kHiddev, kHidraw, kEvent, "/dev/hidraw1"}));
   EXPECT_FALSE(kernel_.owns(""));
+}
+
+// A device of two interfaces is plugged as one.
+class VirtualPenTest : public VirtualHidTest {
+ protected:
+  std::string text(const char* node, unsigned long request) {
+    std::array<char, 64> room{};
+    EXPECT_GT(kernel_.ioctl(kernel_.open(node, O_RDONLY), request, room.data()), 0) << node;
+    return room.data();
+  }
+
+  zelkora::sim::PenInterface pen_{device_};
+  int pair_ = kernel_.attach(
+      {{device_, {"usb-2/input0", "/dev/usb/hiddev1", "/dev/hidraw1", "/dev/input/event1"}},
+       {{pen_, zelkora::sim::Applications::kPen},
+        {"usb-2/input1", "", "/dev/hidraw2", "/dev/input/event2"}}});
+};
+
+TEST_F(VirtualPenTest, HasNodesOfItsOwnWithThePhysOfItsInterface) {
+  EXPECT_EQ(text("/dev/hidraw1", HIDIOCGRAWPHYS(64)), "usb-2/input0");
+  EXPECT_EQ(text("/dev/hidraw2", HIDIOCGRAWPHYS(64)), "usb-2/input1");
+  EXPECT_EQ(text("/dev/hidraw2", HIDIOCGRAWNAME(64)), "Zelkora Echo");
+  EXPECT_EQ(text("/dev/input/event2", EVIOCGPHYS(64)), "usb-2/input1");
+  EXPECT_EQ(text("/dev/input/event2", EVIOCGNAME(64)), "Zelkora Echo Stylus");
+}
+
+TEST_F(VirtualPenTest, StallsEveryFeatureReport) {
+  const int pen = kernel_.open("/dev/hidraw2", O_RDWR);
+  Bytes report = {1, 0xAA};
+  EXPECT_EQ(kernel_.ioctl(pen, HIDIOCSFEATURE(2), report.data()), -EPIPE);
+  EXPECT_EQ(kernel_.ioctl(pen, HIDIOCGFEATURE(2), report.data()), -EPIPE);
+  EXPECT_EQ(device_.last_id, -1);
+}
+
+TEST_F(VirtualPenTest, LeavesAndComesBackWithItsPanel) {
+  const int pen = kernel_.open("/dev/hidraw2", O_RDWR);
+  const Lines before = kernel_.node_paths();
+  kernel_.replug(pair_);
+  hidraw_devinfo info{};
+  EXPECT_EQ(kernel_.ioctl(pen, HIDIOCGRAWINFO, &info), -ENODEV);
+  EXPECT_EQ(kernel_.node_paths(), before);
+  kernel_.unplug(pair_);
+  EXPECT_EQ(kernel_.node_paths(), (Lines{kHiddev, kHidraw, kEvent}));
 }
 
 TEST_F(VirtualHidTest, TracesEachRequestWithWhatItNames) {

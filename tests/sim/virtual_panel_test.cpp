@@ -51,6 +51,28 @@ TEST(VirtualPanelTest, IsOnASerialPortAsDescribed) {
   EXPECT_EQ(panel.serial()->transmit(10), (std::vector<uint8_t>{0x01, '0', 0x0D}));
 }
 
+TEST(VirtualPanelTest, ShowsTheInterfacesDescribed) {
+  struct Case {
+    const char* text;
+    std::vector<Applications> shown;
+  };
+  for (const auto& [text, shown] :
+       {Case{"pct8753", {Applications::kVendorAndMouse}},
+        Case{"pct8752,nodes=hidraw", {Applications::kMouse}},
+        Case{"pct8753,pen", {Applications::kVendorAndMouse, Applications::kPen}},
+        Case{"resistive,nodes=hidraw,pen", {Applications::kMouse, Applications::kPen}},
+        Case{"serial", {}}}) {
+    SCOPED_TRACE(text);
+    VirtualPanel panel(described(text));
+    std::vector<Applications> applications;
+    for (const UsbInterface& interface : panel.usb_interfaces()) {
+      applications.push_back(interface.applications);
+      EXPECT_EQ(&interface.hid.identity(), &panel.usb()->identity());
+    }
+    EXPECT_EQ(applications, shown);
+  }
+}
+
 TEST(VirtualPanelTest, HasTheStoredValuesFirmwareAndFaultsDescribed) {
   VirtualPanel old(described("resistive,firmware=V9,word84=7,wrong-echoes=2"));
   EXPECT_EQ(old.resistive()->firmware(), "V9");

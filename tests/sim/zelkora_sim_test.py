@@ -89,6 +89,51 @@ print(again.returncode, again.stderr, end="")
         self.assert_prints("0\nENODEV ENODEV\nENOENT ['hiddev1'] V1.2\nFalse False\n"
                            "1 zelkora-sim: panel 0 is unplugged already", result)
 
+    def test_a_panel_is_plugged_into_another_port_and_keeps_what_it_stores(self):
+        result = session("""
+Panel().command("SP560007")
+Panel().command("PL")
+print(sim("unplug", "0").returncode, sim("plug", "0").stdout, end="")
+panel = Panel()
+print(panel.text(0x12), panel.command("GP56"), Panel("/dev/usb/hiddev1").text(0x12))
+again = sim("plug", "0")
+print(again.returncode, again.stderr, end="")
+sim("unplug", "0")
+sim("plug", "0")
+print(Panel().text(0x12))
+""", "--panel", "resistive", "--panel", "resistive")
+        self.assert_prints("0 plugged 0 /dev/usb/hiddev0 /dev/hidraw0 /dev/input/event0\n"
+                           "usb-0000:00:14.0-3/input0 0007 usb-0000:00:14.0-2/input0\n"
+                           "1 zelkora-sim: panel 0 is plugged in already\n"
+                           "usb-0000:00:14.0-1/input0", result)
+
+    def test_a_panel_on_a_serial_port_is_plugged_into_the_same_port(self):
+        result = session("""
+sim("unplug", "0")
+print(os.path.exists("/dev/ttyS4"), sim("plug", "0").stdout.strip(), os.path.exists("/dev/ttyS4"))
+""", "--panel", "serial,port=ttyS4")
+        self.assert_prints("False plugged 0 /dev/ttyS4 True", result)
+
+    def test_a_pen_has_the_next_free_nodes_and_no_feature_reports(self):
+        result = session("""
+print(sim("unplug", "1").returncode, sim("plug", "1").stdout, end="")
+for node in "/dev/hidraw1", "/dev/hidraw2":
+    panel = HidrawPanel(node)
+    print(Panel(panel.fd).text(0x05), error_of(panel.send, 6, 0xA1, 0x22))
+print(sorted(os.listdir("/dev/input")), os.listdir("/dev/usb"))
+""", "--panel", "resistive,nodes=hidraw", "--panel", "pct8753,pen,nodes=hidraw")
+        self.assert_prints("0 plugged 1 - /dev/hidraw1 /dev/input/event1 "
+                           "- /dev/hidraw2 /dev/input/event2\n"
+                           "usb-0000:00:14.0-3/input0 done\n"
+                           "usb-0000:00:14.0-3/input1 EPIPE\n"
+                           "['event0', 'event1', 'event2'] []", result)
+
+    def test_a_panel_without_texts_is_named_by_its_ids_and_listed_so(self):
+        result = session("""
+print(Panel().name(), open("/opt/.touch_panel/rmanuflist.conf").read(), end="")
+""", "--panel", "resistive,maker=,name=,id=3a4c:16AF")
+        self.assert_prints("HID 3a4c:16af HID 3a4c:16af", result)
+
     def test_a_node_of_mode_000_cannot_be_opened_by_anybody(self):
         script = """
 print(*[error_of(os.open, node, os.O_RDWR)
