@@ -19,6 +19,7 @@ struct UsbIdentity {
   uint16_t product = 0;
   std::string manufacturer;
   std::string product_name;
+  std::string forged_name = {};  // what a kernel unlike Linux says for the texts, however long
 
   // The name that the kernel gives the device on hiddev, hidraw and evdev.
   std::string kernel_name() const;
@@ -29,6 +30,7 @@ inline constexpr size_t kLongestUsbText = 126;
 inline constexpr size_t kLongestKernelName = 127;
 
 inline std::string UsbIdentity::kernel_name() const {
+  if (!forged_name.empty()) return forged_name;
   std::string name = manufacturer.substr(0, kLongestUsbText);
   if (!manufacturer.empty() && !product_name.empty()) name += ' ';
   name += product_name.substr(0, kLongestUsbText);

@@ -203,7 +203,7 @@ bool Panels::unplug(size_t number) {
 std::optional<std::vector<std::string>> Panels::plug(size_t number) {
   Panel& panel = *panels_[number];
   if (panel.plugged) return std::nullopt;
-  panel.usb_port = free_usb_port_other_than(panel.usb_port);
+  if (!panel.panel.serial()) panel.usb_port = free_usb_port_other_than(panel.usb_port);
   const std::string problem = create_all(placeholders(panel));
   if (!problem.empty()) throw std::runtime_error(problem);
   attach(panel);

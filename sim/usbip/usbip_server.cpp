@@ -193,15 +193,15 @@ std::vector<UsbNodes> UsbipServer::plug_again(size_t number) {
   return wait_for_nodes(*plugs_[number]);
 }
 
-std::vector<UsbNodes> UsbipServer::wait_for_nodes(const Plug& plug) {
+std::vector<UsbNodes> UsbipServer::wait_for_nodes(Plug& plug) {
   std::vector<UsbNodes> nodes;
   const bool made = serve_until([&] {
     nodes = plug.nodes();
     return std::ranges::equal(nodes, plug.interfaces(), &UsbNodes::complete);
   });
-  if (!made)
-    throw std::runtime_error("the kernel did not make the nodes: see its messages with dmesg");
-  return nodes;
+  if (made) return nodes;
+  plug.unplug();
+  throw std::runtime_error("the kernel did not make the nodes: see its messages with dmesg");
 }
 
 void UsbipServer::unplug(size_t number) {

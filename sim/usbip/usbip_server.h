@@ -57,7 +57,7 @@ class UsbipServer {
  private:
   class Plug;
 
-  std::vector<UsbNodes> wait_for_nodes(const Plug& plug);
+  std::vector<UsbNodes> wait_for_nodes(Plug& plug);
   bool serve(int descriptor, int milliseconds);
   template <typename Condition>
   bool serve_until(Condition condition);

@@ -12,7 +12,6 @@ namespace {
 using zelkora::sim::UsbIdentity;
 using zelkora::test::kPctIdentity;
 using zelkora::test::Lines;
-using zelkora::test::named;
 using zelkora::test::trace_messages;
 
 constexpr char kPhys[] = "usb-0000:00:14.0-1/input0";
@@ -41,8 +40,8 @@ TEST_F(EventNodeTest, FindsTheNodeOfTheSamePhys) {
              "open /dev/input/event7 O_RDONLY", "ioctl EVIOCGPHYS 256", "ioctl EVIOCGNAME 256",
              "close /dev/input/event7",
              "log zelkora DD:/dev/input/event7 phys:usb-0000:00:14.0-1/input0 "
-             "name:Zelkora Virtual PCT",
-             "log zelkora DD:Device Name:Zelkora Virtual PCT",
+             "name:Zelkora Virtual PCT Mouse",
+             "log zelkora DD:Device Name:Zelkora Virtual PCT Mouse",
              "log zelkora DD:ev_path : /dev/input/event7", "log zelkora DD:FindMyEVDevice--end"}));
 }
 
@@ -52,11 +51,12 @@ TEST_F(EventNodeTest, EveryMessageEndsItsLine) {
   plug(nodes[1], kPctIdentity, kPhys);
   kernel.fail_open(nodes[0], EACCES);
   FindMyEVDevice(0);
-  EXPECT_EQ(messages(), trace_messages({"FindMyEVDevice--start\n", "open " + nodes[0] + "\n",
-                                        "open " + nodes[0] + " fail.\n", "open " + nodes[1] + "\n",
-                                        nodes[1] + " phys:" + kPhys + " name:Zelkora Virtual PCT\n",
-                                        "Device Name:Zelkora Virtual PCT\n",
-                                        "ev_path : " + nodes[1] + "\n", "FindMyEVDevice--end\n"}));
+  EXPECT_EQ(messages(),
+            trace_messages({"FindMyEVDevice--start\n", "open " + nodes[0] + "\n",
+                            "open " + nodes[0] + " fail.\n", "open " + nodes[1] + "\n",
+                            nodes[1] + " phys:" + kPhys + " name:Zelkora Virtual PCT Mouse\n",
+                            "Device Name:Zelkora Virtual PCT Mouse\n",
+                            "ev_path : " + nodes[1] + "\n", "FindMyEVDevice--end\n"}));
 }
 
 TEST_F(EventNodeTest, WritesTheEntryOfTheIndexAlone) {
@@ -177,8 +177,8 @@ TEST_F(EventNodeTest, ANodeThatFailsIsJudgedByTheNameOfTheNodeBefore) {
   kernel.fail_ioctl(nodes[1], EVIOCGNAME(0), EIO);
   FindMyEVDevice(0);
   EXPECT_STREQ(TouchDevice[0].EventName, "");
-  EXPECT_EQ(messages_of({nodes[1]}),
-            trace_messages({nodes[1] + " phys:" + kPhys + " name:Zelkora Virtual PCT Pen\n"}));
+  EXPECT_EQ(messages_of({nodes[1]}), trace_messages({nodes[1] + " phys:" + kPhys +
+                                                     " name:Zelkora Virtual PCT Pen Mouse\n"}));
 }
 
 TEST_F(EventNodeTest, ANodeThatCannotBeOpenedIsNotJudged) {
@@ -237,8 +237,8 @@ TEST_F(EventNodeTest, LongTextsOfTheKernelAreCutAt256Bytes) {
     SCOPED_TRACE(length);
     const std::string path = "/dev/input/event" + std::to_string(length);
     const std::string phys = kPhys + std::string(length - std::strlen(kPhys), 'p');
-    const std::string name = "A " + std::string(length - 2, 'n');
-    const auto& panel = add(path, named(0x2575, 0x8753, name), phys);
+    const std::string name = std::string(length - 6, 'n') + " Mouse";
+    const auto& panel = add(path, {0x2575, 0x8753, "", "", name}, phys);
     clear_trace();
     FindMyEVDevice(0);
     EXPECT_EQ(messages_of({path}), trace_messages({path + " phys:" + phys.substr(0, 256) +
@@ -253,7 +253,7 @@ TEST_F(EventNodeTest, TextsAreNoFormats) {
   FindMyEVDevice(0);
   EXPECT_STREQ(TouchDevice[0].EventName, "/dev/input/event%s%n");
   EXPECT_EQ(messages_of({"/dev"}),
-            trace_messages({"/dev/input/event%s%n phys:%s%n%s%n name:%s%n %s%n\n"}));
+            trace_messages({"/dev/input/event%s%n phys:%s%n%s%n name:%s%n %s%n Mouse\n"}));
 }
 
 TEST_F(EventNodeTest, TheOpenPanelKeepsItsDescriptor) {

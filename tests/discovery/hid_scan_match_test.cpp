@@ -370,7 +370,7 @@ TEST_F(HidScanMatchTest, NamesAreCutAt256Bytes) {
     // The listed name is the end of the device's.
     const std::string name = "A " + std::string(length - 2 - listed_name.size(), 'n') + listed_name;
     for (const char* node : {kNode, kRawNode}) {
-      const auto& panel = add(node, named(0x2575, 0x8753, name));
+      const auto& panel = add(node, {0x2575, 0x8753, "", "", name});
       match(node);
       EXPECT_EQ(messages()[1],
                 "zelkora DD:MatchMyHidDevice device name:" + name.substr(0, 256) + "\n");
