@@ -26,10 +26,19 @@ expect_match() {  # WHAT ACTUAL EXTENDED-REGULAR-EXPRESSION
     echo "ok: $1"
 }
 
+# Where the library keeps its files.
+store=/opt/.touch_panel
+
 # What a host has after the installation: the product names that are panels.
 install_name_list() {  # NAME...
-    mkdir -p /opt/.touch_panel
-    printf '%s\n' "$@" >/opt/.touch_panel/rmanuflist.conf
+    mkdir -p $store
+    printf '%s\n' "$@" >$store/rmanuflist.conf
+}
+
+# The same for projected-capacitive panels.
+install_pct_name_list() {  # NAME...
+    mkdir -p $store
+    printf '%s\n' "$@" >$store/manuflist.conf
 }
 
 # Plugs emulated controllers in and goes on serving them; see zelkora-usbip --help for DESCRIPTION.
@@ -94,4 +103,43 @@ field() {  # JQ-PATH
 # The number that zelkoractl listed a node under: the kernel's directories are in no order.
 panel_at() {  # NODE
     field ".panels[] | select(.node == \"$1\").index"
+}
+
+# The text of a field that is filled up with NULs.
+text_at() {  # FILE OFFSET SIZE
+    dd if="$1" iflag=skip_bytes,count_bytes skip="$2" count="$3" status=none | tr -d '\0'
+}
+
+# The records of a store file, a line each: phys, serial number, USB id, payload in hexadecimal.
+records() {  # FILE
+    local file=$store/$1 size at
+    size=$(stat -c %s "$file")
+    ((size % 347 == 0)) || fail "$file: its $size bytes are no whole records"
+    for ((at = 0; at < size; at += 347)); do
+        echo "$(text_at "$file" $at 256) $(text_at "$file" $((at + 256)) 17)" \
+            "$(text_at "$file" $((at + 273)) 10)" \
+            "$(od -An -v -tx1 -j $((at + 283)) -N 64 "$file" | tr -d ' \n')"
+    done
+}
+
+# Reads the only record that a store file has of a panel into `record`, without its payload, and
+# `payload`.
+read_record() {  # FILE PHYS-OR-SERIAL-NUMBER
+    local found
+    found=$(records "$1" | grep -wF -- "$2") || fail "$1 holds no record of $2"
+    [[ $found != *$'\n'* ]] || fail "$1 holds several records of $2"
+    record=${found% *}
+    payload=${found##* }
+}
+
+# A number in the payload read last, its high byte first.
+payload_bytes() {  # OFFSET COUNT
+    echo $((16#${payload:2 * $1:2 * $2}))
+}
+
+# What controllers and records are checked by.
+checksum() {  # HEXADECIMAL-DIGITS
+    local sum=$((0x6666)) i
+    for ((i = 0; i < ${#1}; i += 2)); do ((sum += 16#${1:i:2})); done
+    printf '%04x\n' $((sum & 0xFFFF))
 }
