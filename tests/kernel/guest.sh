@@ -105,20 +105,17 @@ panel_at() {  # NODE
     field ".panels[] | select(.node == \"$1\").index"
 }
 
-# The text of a field that is filled up with NULs.
-text_at() {  # FILE OFFSET SIZE
-    dd if="$1" iflag=skip_bytes,count_bytes skip="$2" count="$3" status=none | tr -d '\0'
-}
-
 # The records of a store file, a line each: phys, serial number, USB id, payload in hexadecimal.
 records() {  # FILE
-    local file=$store/$1 size at
-    size=$(stat -c %s "$file")
-    ((size % 347 == 0)) || fail "$file: its $size bytes are no whole records"
-    for ((at = 0; at < size; at += 347)); do
-        echo "$(text_at "$file" $at 256) $(text_at "$file" $((at + 256)) 17)" \
-            "$(text_at "$file" $((at + 273)) 10)" \
-            "$(od -An -v -tx1 -j $((at + 283)) -N 64 "$file" | tr -d ' \n')"
+    local bytes field
+    od -An -v -tx1 -w347 "$store/$1" | while IFS= read -r bytes; do
+        ((${#bytes} == 3 * 347)) || fail "$1 ends within a record"
+        for field in "${bytes:0:3 * 256}" "${bytes:3 * 256:3 * 17}" "${bytes:3 * 273:3 * 10}"; do
+            field=${field%% 00*}
+            printf '%b ' "${field// /\\x}"
+        done
+        field=${bytes:3 * 283}
+        echo "${field// /}"
     done
 }
 
