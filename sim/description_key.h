@@ -25,6 +25,9 @@ inline std::string quoted(std::string_view text) {
   return std::string("'").append(text).append("'");
 }
 
+// The value of a switch; the key alone puts it on.
+inline constexpr std::string_view kSwitch = "on|off";
+
 // Applies `name=value` to the target. Nothing: the table has no such key. Otherwise what is wrong
 // with it, or an empty text.
 template <typename Target, size_t kSize>
@@ -32,15 +35,17 @@ std::optional<std::string> apply_key(const Key<Target> (&keys)[kSize], std::stri
                                      Target& target) {
   const size_t equals = piece.find('=');
   const bool has_value = equals != std::string_view::npos;
-  const std::string_view value = has_value ? piece.substr(equals + 1) : std::string_view();
   const auto* key = std::ranges::find(keys, piece.substr(0, equals), &Key<Target>::name);
   if (key == std::end(keys)) return std::nullopt;
-  if (has_value == key->value.empty()) {
+  const bool is_switch = key->value == kSwitch;
+  if (has_value == key->value.empty() && !is_switch) {
     return quoted(key->name) + (has_value ? " takes no value" : " needs a value");
   }
+  const std::string_view alone = is_switch ? "on" : "";
+  const std::string_view value = has_value ? piece.substr(equals + 1) : alone;
   if (key->apply(target, value)) return std::string();
   return quoted(value) + " is no value for " + quoted(key->name) + ": expected " +
-         std::string(key->value) + ", " + std::string(key->range);
+         (is_switch ? "on or off" : std::string(key->value) + ", " + std::string(key->range));
 }
 
 inline void append_help_line(std::string& text, std::string usage, std::string_view help) {
@@ -52,7 +57,9 @@ template <typename Target, size_t kSize>
 void append_help(std::string& text, const Key<Target> (&keys)[kSize]) {
   for (const Key<Target>& key : keys) {
     std::string usage(key.name);
-    if (!key.value.empty()) usage.append("=").append(key.value);
+    const bool is_switch = key.value == kSwitch;
+    if (is_switch) usage.append("[=").append(key.value).append("]");
+    if (!key.value.empty() && !is_switch) usage.append("=").append(key.value);
     append_help_line(text, std::move(usage), key.help);
   }
 }

@@ -19,10 +19,23 @@ bool set_count(Faults& faults, View value) {
   return number.has_value();
 }
 
-template <typename Faults>
-bool set_silent(Faults& faults, View) {
-  return faults.silent = true;
+template <typename Faults, bool Faults::*kFault>
+bool set_switch(Faults& faults, View value) {
+  faults.*kFault = value == "on";
+  return value == "on" || value == "off";
 }
+
+bool set_unplugs_after(UsbFaults& faults, View value) {
+  faults.unplugs_after = parse_number(value, 1'000'000);
+  return faults.unplugs_after.has_value();
+}
+
+constexpr Key<UsbFaults> kUsbKeys[] = {
+    {"hangs", kSwitch, "", "neither answers nor stalls any request",
+     set_switch<UsbFaults, &UsbFaults::hangs>},
+    {"unplugs-after", "COUNT", kCounts, "serves COUNT requests and is unplugged in the next one",
+     set_unplugs_after},
+};
 
 bool set_stored(ResistiveFaults& faults, View value) {
   const auto number = parse_number(value, 0xFFFF);
@@ -34,7 +47,8 @@ template <unsigned ResistiveFaults::*kCounter>
 constexpr auto kResistiveCount = set_count<ResistiveFaults, kCounter>;
 
 constexpr Key<ResistiveFaults> kResistiveKeys[] = {
-    {"silent", "", "", "answers no command", set_silent},
+    {"silent", kSwitch, "", "answers no command",
+     set_switch<ResistiveFaults, &ResistiveFaults::silent>},
     {"silent-commands", "COUNT", kCounts, "does not answer the first COUNT commands",
      kResistiveCount<&ResistiveFaults::silent_commands>},
     {"bad-acknowledges", "COUNT", kCounts, "refuses the first COUNT commands that change something",
@@ -46,8 +60,8 @@ constexpr Key<ResistiveFaults> kResistiveKeys[] = {
 };
 
 constexpr Key<ResistiveFaults> kSerialKeys[] = {
-    {"streaming", "", "", "sends coordinates instead of replies",
-     [](ResistiveFaults& faults, View) { return faults.streaming = true; }},
+    {"streaming", kSwitch, "", "sends coordinates instead of replies",
+     set_switch<ResistiveFaults, &ResistiveFaults::streaming>},
     {"streamed-reports", "COUNT", kCounts, "sends coordinates COUNT times, then replies",
      kResistiveCount<&ResistiveFaults::streamed_reports>},
     {"failed-opens", "COUNT", kCounts, "fails to open COUNT times, with EIO",
@@ -58,7 +72,8 @@ template <unsigned PctFaults::*kCounter>
 constexpr auto kPctCount = set_count<PctFaults, kCounter>;
 
 constexpr Key<PctFaults> kPctKeys[] = {
-    {"silent", "", "", "carries out and answers no command", set_silent},
+    {"silent", kSwitch, "", "carries out and answers no command",
+     set_switch<PctFaults, &PctFaults::silent>},
     {"silent-commands", "COUNT", kCounts, "neither carries out nor answers the first COUNT",
      kPctCount<&PctFaults::silent_commands>},
     {"stalled-commands", "COUNT", kCounts, "stalls the first COUNT command reports",
@@ -81,6 +96,10 @@ constexpr Key<PctFaults> kPctKeys[] = {
 
 }  // namespace
 
+std::optional<std::string> apply_fault(std::string_view text, UsbFaults& faults) {
+  return apply_key(kUsbKeys, text, faults);
+}
+
 std::optional<std::string> apply_fault(std::string_view text, ResistiveFaults& faults) {
   return apply_key(kResistiveKeys, text, faults);
 }
@@ -92,6 +111,8 @@ std::optional<std::string> apply_fault(std::string_view text, PctFaults& faults)
 std::optional<std::string> apply_serial_fault(std::string_view text, ResistiveFaults& faults) {
   return apply_key(kSerialKeys, text, faults);
 }
+
+void append_usb_fault_help(std::string& text) { append_help(text, kUsbKeys); }
 
 void append_resistive_fault_help(std::string& text) { append_help(text, kResistiveKeys); }
 

@@ -7,9 +7,11 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zelkora::sim {
@@ -48,6 +50,12 @@ struct FeatureReport {
   int logical_maximum = 255;
 };
 
+// What goes wrong on the way to a controller of any kind: see hid_link.h.
+struct UsbFaults {
+  bool hangs = false;                     // requests are neither answered nor stalled
+  std::optional<unsigned> unplugs_after;  // so many requests go well; the next one finds it gone
+};
+
 class HidDevice {
  public:
   virtual ~HidDevice() = default;
@@ -61,6 +69,17 @@ class HidDevice {
   // The payload of a report, without the report id; at most usage_count bytes.
   // Nothing: the device stalls the request.
   virtual std::optional<std::vector<uint8_t>> get_feature(uint8_t id) = 0;
+
+  // The carrier pulls the plug when the device asks for it in the midst of a request.
+  void set_on_unplug(std::function<void()> on_unplug) { on_unplug_ = std::move(on_unplug); }
+  void unplug() const {
+    if (on_unplug_) on_unplug_();
+  }
+
+  UsbFaults usb_faults;
+
+ private:
+  std::function<void()> on_unplug_;
 };
 
 }  // namespace zelkora::sim

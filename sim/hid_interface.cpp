@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "request_name.h"
-
 namespace zelkora::sim {
 namespace {
 
@@ -19,16 +17,6 @@ uint8_t to_byte(int32_t value, bool is_signed) {
 
 int32_t from_byte(uint8_t byte, bool is_signed) {
   return is_signed ? static_cast<int8_t>(byte) : byte;
-}
-
-// Zeros at the end are left out: reports are much longer than what they carry.
-std::string report_line(std::string line, uint8_t id, std::span<const uint8_t> payload) {
-  while (!payload.empty() && payload.back() == 0) payload = payload.first(payload.size() - 1);
-  line += ' ';
-  line += std::to_string(id);
-  line += ':';
-  if (payload.empty()) return line;
-  return line + ' ' + hex_bytes(payload);
 }
 
 }  // namespace
@@ -61,26 +49,14 @@ void HidInterface::send_values(const FeatureReport& report) {
 }
 
 void HidInterface::fetch_values(const FeatureReport& report) {
-  const std::optional<std::vector<uint8_t>> payload = get_report(report.id);
-  if (!payload) return;
+  const Response response = get_report(report.id);
+  if (response.outcome != Outcome::kDone) return;
   std::vector<int32_t>& stored = values(report);
   for (size_t i = 0; i < stored.size(); ++i) {
     // A report that came short counts as filled up with zeros.
-    const uint8_t byte = i < payload->size() ? (*payload)[i] : 0;
+    const uint8_t byte = i < response.data.size() ? response.data[i] : 0;
     stored[i] = from_byte(byte, report.logical_minimum < 0);
   }
-}
-
-bool HidInterface::set_report(uint8_t id, std::span<const uint8_t> payload) {
-  trace_(report_line("set_report", id, payload));
-  return device_.set_feature(id, payload);
-}
-
-std::optional<std::vector<uint8_t>> HidInterface::get_report(uint8_t id) {
-  std::optional<std::vector<uint8_t>> payload = device_.get_feature(id);
-  trace_(payload ? report_line("get_report", id, *payload)
-                 : "get_report " + std::to_string(id) + ": stall");
-  return payload;
 }
 
 int copy_name(const std::string& name, std::span<char> room) {

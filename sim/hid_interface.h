@@ -7,12 +7,12 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "device_node.h"
+#include "hid_link.h"
 #include "usb_interface.h"
 
 namespace zelkora::sim {
@@ -22,37 +22,37 @@ class HidInterface {
   // Device numbers on the bus count from 1; phys ends in the number of the interface.
   HidInterface(const UsbInterface& usb, std::string phys, unsigned device_number, Trace trace)
       : usb_(usb),
-        device_(usb.hid),
+        link_(usb.hid, std::move(trace)),
         phys_(std::move(phys)),
-        device_number_(device_number),
-        trace_(std::move(trace)) {}
+        device_number_(device_number) {}
 
   const UsbInterface& usb() const { return usb_; }
-  const UsbIdentity& identity() const { return device_.identity(); }
+  const UsbIdentity& identity() const { return link_.device().identity(); }
   const std::string& phys() const { return phys_; }
   unsigned device_number() const { return device_number_; }
   unsigned interface_number() const;
 
-  std::span<const FeatureReport> reports() const { return device_.feature_reports(); }
+  std::span<const FeatureReport> reports() const { return link_.device().feature_reports(); }
   const FeatureReport* find_report(unsigned id) const;
   // The values in the report's one field, one for each usage.
   std::vector<int32_t>& values(const FeatureReport& report);
 
   // Move the values to the device and back. Like the kernel, which does not hand transfer errors
-  // on to hiddev, they leave the values as they are when the device stalls.
+  // on to hiddev, they leave the values as they are when a request fails.
   void send_values(const FeatureReport& report);
   void fetch_values(const FeatureReport& report);
 
-  // One request each, payload without the report id. False or nothing: the device stalled.
-  bool set_report(uint8_t id, std::span<const uint8_t> payload);
-  std::optional<std::vector<uint8_t>> get_report(uint8_t id);
+  // One request each, payload without the report id.
+  Outcome set_report(uint8_t id, std::span<const uint8_t> payload) {
+    return link_.set_report(id, payload);
+  }
+  Response get_report(uint8_t id) { return link_.get_report(id); }
 
  private:
   UsbInterface usb_;
-  HidDevice& device_;
+  HidLink link_;
   std::string phys_;
   unsigned device_number_;
-  Trace trace_;
   std::map<uint8_t, std::vector<int32_t>> values_;
 };
 

@@ -20,6 +20,17 @@ constexpr size_t kLongestReport = 16384;
 
 bool fits(size_t length) { return length >= kShortestReport && length <= kLongestReport; }
 
+int error_of(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kStall:
+      return -EPIPE;
+    case Outcome::kNoAnswer:
+      return -ETIMEDOUT;
+    default:
+      return 0;
+  }
+}
+
 }  // namespace
 
 int HidrawNode::ioctl(unsigned long request, void* argument) {
@@ -51,20 +62,20 @@ int HidrawNode::ioctl(unsigned long request, void* argument) {
   return _IOC_TYPE(request) == 'H' && _IOC_DIR(request) == _IOC_READ ? -ENOTTY : -EINVAL;
 }
 
-// Unlike hiddev, hidraw asks the device whatever the report id, and tells when it stalls.
+// Unlike hiddev, hidraw asks the device whatever the report id, and tells when that fails.
 int HidrawNode::set_feature(std::span<const uint8_t> report) {
   if (!fits(report.size())) return -EINVAL;
-  if (!hid_->set_report(report[0], report.subspan(1))) return -EPIPE;
-  return static_cast<int>(report.size());
+  const int error = error_of(hid_->set_report(report[0], report.subspan(1)));
+  return error != 0 ? error : static_cast<int>(report.size());
 }
 
 int HidrawNode::get_feature(std::span<uint8_t> room) {
   if (!fits(room.size())) return -EINVAL;
-  const std::optional<std::vector<uint8_t>> payload = hid_->get_report(room[0]);
-  if (!payload) return -EPIPE;
+  const auto [outcome, payload] = hid_->get_report(room[0]);
+  if (outcome != Outcome::kDone) return error_of(outcome);
   // The id stays in byte 0: the device sends it back in front of the payload.
-  const size_t count = std::min(payload->size(), room.size() - 1);
-  std::copy_n(payload->begin(), count, room.begin() + 1);
+  const size_t count = std::min(payload.size(), room.size() - 1);
+  std::copy_n(payload.begin(), count, room.begin() + 1);
   return static_cast<int>(1 + count);
 }
 

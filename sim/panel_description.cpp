@@ -200,6 +200,7 @@ std::string apply_piece(View piece, View kind, PanelDescription& panel) {
   if (auto problem = apply_key(kPanelKeys, piece, panel)) return *problem;
   if (!is_serial(panel)) {
     if (auto problem = apply_key(kUsbKeys, piece, panel)) return *problem;
+    if (auto problem = apply_fault(piece, panel.usb_faults)) return *problem;
   }
   const auto problem =
       std::visit([&](auto& own) { return apply_own_piece(piece, own); }, panel.controller);
@@ -232,6 +233,7 @@ std::string panel_help() {
   append_help(text, kPanelKeys);
   text += "Keys of every panel on USB:\n";
   append_help(text, kUsbKeys);
+  append_usb_fault_help(text);
   text += "Keys of resistive panels, serial ones included:\n";
   append_help(text, kResistiveKeys);
   append_help_line(text, "wordADDRESS=VALUE", "the 16-bit value stored at ADDRESS, 0..255");

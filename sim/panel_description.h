@@ -44,6 +44,7 @@ struct PanelDescription {
   // Who it is on USB; a serial panel is not there, and has none of the nodes below.
   UsbIdentity identity{0x3A4C, 0x1688, "Zelkora", "Virtual Resistive"};
   std::variant<ResistiveDescription, PctDescription, SerialDescription> controller = {};
+  UsbFaults usb_faults = {};
   bool on_hiddev = true;
   bool on_hidraw = true;
   bool has_pen = false;  // on a second interface, with a hidraw and an event node of its own

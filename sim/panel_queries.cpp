@@ -164,6 +164,7 @@ Answer fault(VirtualPanel& panel, Words words) {
   if (!problem && panel.serial()) {
     problem = apply_serial_fault(words[0], panel.resistive()->faults);
   }
+  if (!problem && panel.usb()) problem = apply_fault(words[0], panel.usb()->usb_faults);
   if (!problem) return usage(quoted(words[0]) + " is no fault of a panel of this kind");
   return problem->empty() ? Answer() : usage(*problem);
 }
@@ -233,7 +234,9 @@ constexpr Row kRows[] = {
     {{"resets", "PANEL", "Print how often a host has reset a panel"}, resets},
     {{"frames", "PANEL", "Print the command frames or reports so far, hexadecimal"}, frames},
     {{"silent", "PANEL on|off", "Have a panel ignore commands, or not"}, silent},
-    {{"fault", "PANEL FAULT", "Give a panel a fault: KEY or KEY=VALUE of its description"}, fault},
+    {{"fault", "PANEL FAULT",
+      "Give a panel a fault: KEY or KEY=VALUE of its description; KEY=off ends some"},
+     fault},
     {{"unplug", "PANEL", "Take a panel away"}, unplug},
     {{"plug", "PANEL", "Put it back, into another USB port, and print its nodes"}, plug},
     {{"commands", "", "Print the commands run so far: dmesg, killall, pgrep, pidof, systemctl"},

@@ -91,9 +91,13 @@ class VirtualKernel {
   //   ioctl HIDIOCGDEVINFO, HIDIOCGRAWINFO, HIDIOCGNAME 256, HIDIOCGPHYS 256, HIDIOCGRAWNAME 256,
   //         HIDIOCGRAWPHYS 256, EVIOCGNAME 256, EVIOCGPHYS 256
   //   ioctl HIDIOCSFEATURE 64, ioctl HIDIOCGFEATURE 64
-  //   set_report 1: 04 01 4F 49 0D        (payload as it reaches the device, without its trailing
-  //                                        zeros)
-  //   get_report 1: 06 01 56 31 2E 32 0D  (the same for the answer; "stall" when there is none)
+  //   set_report 1: 04 01 4F 49 0D        (payload as it is sent to the device, without its
+  //                                        trailing zeros)
+  //   get_report 1: 06 01 56 31 2E 32 0D  (the same for the answer)
+  //   set_report 1: 04 01 4F 49 0D -> stall
+  //   set_report 1: 04 01 4F 49 0D -> no answer
+  //   get_report 1: stall
+  //   get_report 1: no answer
   //   ioctl TCGETS, ioctl TCFLSH 0
   //   ioctl TCSETS iflag=0 oflag=0 cflag=8BD lflag=0 min=1 time=0
   //   write /dev/ttyS0: 01 5A 5A 0D

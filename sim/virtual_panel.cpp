@@ -58,7 +58,10 @@ VirtualPanel::VirtualPanel(const PanelDescription& description)
     model_.emplace<PctController>(pct.firmware, description.identity);
     set_up(pct);
   }
-  if (description.has_pen && usb() != nullptr) pen_.emplace(*usb());
+  HidDevice* device = usb();
+  if (device == nullptr) return;
+  device->usb_faults = description.usb_faults;
+  if (description.has_pen) pen_.emplace(*device);
 }
 
 void VirtualPanel::set_up(const PctDescription& description) {

@@ -136,6 +136,7 @@ void Panels::attach(Panel& panel) {
     interfaces.push_back({interface, nodes});
   }
   panel.attachment = kernel_.attach(std::move(interfaces));
+  panel.panel.usb()->set_on_unplug([this, &panel] { unplug(panel); });
   panel.panel.set_on_reset([this, &panel] { kernel_.replug(panel.attachment); });
 }
 
@@ -191,8 +192,9 @@ std::string Panels::create_files() const {
   }
 }
 
-bool Panels::unplug(size_t number) {
-  Panel& panel = *panels_[number];
+bool Panels::unplug(size_t number) { return unplug(*panels_[number]); }
+
+bool Panels::unplug(Panel& panel) {
   if (!panel.plugged) return false;
   panel.plugged = false;
   kernel_.unplug(panel.attachment);

@@ -59,6 +59,7 @@ class Panels final : public PluggedPanels {
 
   static std::vector<NodePlaceholder> placeholders(const Panel& panel);
   void attach(Panel& panel);
+  bool unplug(Panel& panel);
   void refuse_opens(const Panel& panel);
   unsigned free_usb_port_other_than(unsigned left) const;
   std::string create_name_lists() const;

@@ -45,7 +45,7 @@ std::vector<std::string> give_permissions(const PanelDescription& description,
 
 }  // namespace
 
-Bench::Bench() = default;
+Bench::Bench(Trace trace) : trace_(std::move(trace)) {}
 Bench::~Bench() = default;
 
 std::vector<std::string> Bench::plug(const PanelDescription& description) {
@@ -59,8 +59,13 @@ std::vector<std::string> Bench::plug(const PanelDescription& description) {
   }
   panels_.push_back({std::make_unique<VirtualPanel>(description), description});
   VirtualPanel& panel = *panels_.back().panel;
-  panel.set_on_reset([this, number = panels_.size() - 1] { server_.replug(number); });
-  return give_permissions(description, server_.plug(panel.usb_interfaces()));
+  const size_t number = panels_.size() - 1;
+  panel.set_on_reset([this, number] { server_.replug(number); });
+  panel.usb()->set_on_unplug([this, number] {
+    panels_[number].plugged = false;
+    server_.drop(number);
+  });
+  return give_permissions(description, server_.plug(panel.usb_interfaces(), trace_of(number)));
 }
 
 std::optional<std::vector<std::string>> Bench::plug(size_t number) {
@@ -69,6 +74,13 @@ std::optional<std::vector<std::string>> Bench::plug(size_t number) {
   const std::vector<UsbNodes> nodes = server_.plug_again(number);
   panel.plugged = true;
   return give_permissions(panel.description, nodes);
+}
+
+Trace Bench::trace_of(size_t number) const {
+  if (!trace_) return {};
+  return [this, front = "panel " + std::to_string(number) + " "](const std::string& line) {
+    trace_(front + line);
+  };
 }
 
 bool Bench::unplug(size_t number) {

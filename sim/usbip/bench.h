@@ -19,7 +19,9 @@ namespace zelkora::sim {
 // Failures are thrown as std::runtime_error with a text for the user.
 class Bench final : public PluggedPanels {
  public:
-  Bench();
+  // Receives a line for each feature report, see VirtualKernel::set_trace(), and for each time that
+  // a panel comes or goes, "panel NUMBER " in front; it may be empty.
+  explicit Bench(Trace trace = {});
   ~Bench();
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
@@ -47,6 +49,9 @@ class Bench final : public PluggedPanels {
     bool plugged = true;
   };
 
+  Trace trace_of(size_t number) const;
+
+  Trace trace_;
   // Declared before the server, so that it outlives it.
   std::vector<Panel> panels_;
   UsbipServer server_;

@@ -5,8 +5,12 @@
 // ends. What comes there are queries: see panel_queries.h.
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <fstream>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -20,7 +24,7 @@ constexpr char kUsage[] =
     "Plugs virtual touch controllers into the running kernel, and answers for them until its\n"
     "input ends. Needs root and the kernel module vhci-hcd.\n"
     "\n"
-    "Usage: zelkora-usbip DESCRIPTION...\n"
+    "Usage: zelkora-usbip [--trace FILE] DESCRIPTION...\n"
     "\n"
     "The controllers are plugged in one after another. For each it prints \"plugged NUMBER HIDDEV\n"
     "HIDRAW EVENT\", with the nodes that the kernel made, a pen's three behind them and \"-\" for\n"
@@ -28,7 +32,10 @@ constexpr char kUsage[] =
     "and\n"
     "answers each with a line: with \"ok\" when there is nothing to say, with how many and \" | \" "
     "in\n"
-    "front of each for frames, or with \"error: \" and the reason. PANEL counts from 0.\n";
+    "front of each for frames, or with \"error: \" and the reason. PANEL counts from 0.\n"
+    "\n"
+    "  --trace FILE  write each feature report to FILE, and when a controller comes or goes\n"
+    "\n";
 
 void print_help(std::FILE* file) {
   const std::string queries = zelkora::sim::query_help();
@@ -51,8 +58,8 @@ void answer_queries(zelkora::sim::Bench& bench) {
 }
 
 // All of them are read before the first one is plugged in.
-std::vector<zelkora::sim::PanelDescription> parse_panels(int count, char** texts) {
-  std::vector<zelkora::sim::PanelDescription> descriptions(static_cast<size_t>(count));
+std::vector<zelkora::sim::PanelDescription> parse_panels(std::span<char* const> texts) {
+  std::vector<zelkora::sim::PanelDescription> descriptions(texts.size());
   for (size_t i = 0; i < descriptions.size(); ++i) {
     const std::string problem = parse_panel(texts[i], descriptions[i]);
     if (!problem.empty()) throw std::runtime_error(problem);
@@ -60,9 +67,19 @@ std::vector<zelkora::sim::PanelDescription> parse_panels(int count, char** texts
   return descriptions;
 }
 
-void run(const std::vector<zelkora::sim::PanelDescription>& descriptions) {
+// Each line is in the file before the controller goes on. Without a name nothing is traced.
+zelkora::sim::Trace trace_into(std::ofstream& file, const char* name) {
+  if (name == nullptr) return {};
+  file.open(name);
+  if (!file)
+    throw std::runtime_error(std::string("cannot write ") + name + ": " + std::strerror(errno));
+  return [&file](const std::string& line) { file << line << std::endl; };
+}
+
+void run(const std::vector<zelkora::sim::PanelDescription>& descriptions, const char* trace_file) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // an answer must not wait for the next one
-  zelkora::sim::Bench bench;
+  std::ofstream trace;
+  zelkora::sim::Bench bench(trace_into(trace, trace_file));
   for (size_t i = 0; i < descriptions.size(); ++i) {
     const std::vector<std::string> nodes = bench.plug(descriptions[i]);
     std::puts(zelkora::sim::plugged_line(i, nodes).c_str());
@@ -74,12 +91,22 @@ void run(const std::vector<zelkora::sim::PanelDescription>& descriptions) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2 || std::string_view(argv[1]) == "--help") {
-    print_help(argc < 2 ? stderr : stdout);
-    return argc < 2 ? 2 : 0;
+  std::span<char* const> words(argv + 1, static_cast<size_t>(argc - 1));
+  if (!words.empty() && std::string_view(words[0]) == "--help") {
+    print_help(stdout);
+    return 0;
+  }
+  const char* trace_file = nullptr;
+  if (words.size() > 1 && std::string_view(words[0]) == "--trace") {
+    trace_file = words[1];
+    words = words.subspan(2);
+  }
+  if (words.empty()) {
+    print_help(stderr);
+    return 2;
   }
   try {
-    run(parse_panels(argc - 1, argv + 1));
+    run(parse_panels(words), trace_file);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "zelkora-usbip: %s\n", error.what());

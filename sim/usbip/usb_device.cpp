@@ -31,15 +31,36 @@ enum Request : unsigned {
 
 constexpr uint8_t kFeatureReportType = 3;
 
-}  // namespace
-
-std::optional<Bytes> UsbDevice::control(const SetupPacket& setup, std::span<const uint8_t> data) {
-  std::optional<Bytes> answer = serve(setup, data);
-  if (answer && answer->size() > setup.length) answer->resize(setup.length);
-  return answer;
+Response response_of(std::optional<Bytes> answer) {
+  if (!answer) return {Outcome::kStall};
+  return {Outcome::kDone, std::move(*answer)};
 }
 
-std::optional<Bytes> UsbDevice::serve(const SetupPacket& setup, std::span<const uint8_t> data) {
+}  // namespace
+
+UsbDevice::UsbDevice(std::vector<UsbInterface> interfaces, const Trace& trace)
+    : interfaces_(std::move(interfaces)) {
+  for (const UsbInterface& interface : interfaces_) links_.emplace_back(interface.hid, trace);
+}
+
+Response UsbDevice::control(const SetupPacket& setup, std::span<const uint8_t> data) {
+  Response response;
+  switch (key(setup.request_type, setup.request)) {
+    case kGetReport:
+      response = get_report(setup);
+      break;
+    case kSetReport:
+      response = set_report(setup, data);
+      break;
+    default:
+      response = response_of(serve(setup));
+      break;
+  }
+  if (response.data.size() > setup.length) response.data.resize(setup.length);
+  return response;
+}
+
+std::optional<Bytes> UsbDevice::serve(const SetupPacket& setup) {
   switch (key(setup.request_type, setup.request)) {
     case kGetStatus:
     case kGetInterfaceStatus:
@@ -54,10 +75,6 @@ std::optional<Bytes> UsbDevice::serve(const SetupPacket& setup, std::span<const 
       return Bytes{};
     case kGetInterfaceDescriptor:
       return interface_descriptor(setup);
-    case kGetReport:
-      return get_report(setup);
-    case kSetReport:
-      return set_report(setup, data);
     case kSetIdle:
       return Bytes{};
     default:
@@ -93,50 +110,47 @@ std::optional<Bytes> UsbDevice::string(uint8_t index) const {
   }
 }
 
-// The interface that a request to an interface names; nullptr: there is no such one.
-const UsbInterface* UsbDevice::addressed(const SetupPacket& setup) const {
+std::optional<size_t> UsbDevice::addressed(const SetupPacket& setup) const {
   const size_t number = setup.index.low();
-  return number < interfaces_.size() ? &interfaces_[number] : nullptr;
+  return number < interfaces_.size() ? std::optional(number) : std::nullopt;
 }
 
 std::optional<Bytes> UsbDevice::interface_descriptor(const SetupPacket& setup) const {
-  const UsbInterface* interface = addressed(setup);
-  if (interface == nullptr) return std::nullopt;
+  const std::optional<size_t> number = addressed(setup);
+  if (!number) return std::nullopt;
   switch (setup.value.high()) {
     case kHidDescriptor:
-      return hid_descriptor(*interface);
+      return hid_descriptor(interfaces_[*number]);
     case kReportDescriptor:
-      return report_descriptor(*interface);
+      return report_descriptor(interfaces_[*number]);
     default:
       return std::nullopt;
   }
 }
 
-std::optional<Bytes> UsbDevice::get_report(const SetupPacket& setup) {
-  const UsbInterface* interface = addressed(setup);
-  if (interface == nullptr) return std::nullopt;
-  const auto reports = interface->hid.feature_reports();
+Response UsbDevice::get_report(const SetupPacket& setup) {
+  const std::optional<size_t> number = addressed(setup);
+  if (!number) return {Outcome::kStall};
+  const auto reports = interfaces_[*number].hid.feature_reports();
   const auto report = std::ranges::find(reports, setup.value.low(), &FeatureReport::id);
-  if (setup.value.high() != kFeatureReportType || report == reports.end()) return std::nullopt;
-  const std::optional<Bytes> payload = interface->hid.get_feature(report->id);
-  if (!payload) return std::nullopt;
+  if (setup.value.high() != kFeatureReportType || report == reports.end()) {
+    return {Outcome::kStall};
+  }
+  Response response = links_[*number].get_report(report->id);
+  if (response.outcome != Outcome::kDone) return response;
   // The device sends the whole report, whatever it has to say.
-  Bytes answer{report->id};
-  answer.insert(answer.end(), payload->begin(), payload->end());
-  answer.resize(1 + report->usage_count);
-  return answer;
+  response.data.insert(response.data.begin(), report->id);
+  response.data.resize(1 + report->usage_count);
+  return response;
 }
 
-std::optional<Bytes> UsbDevice::set_report(const SetupPacket& setup,
-                                           std::span<const uint8_t> data) {
-  const UsbInterface* interface = addressed(setup);
+Response UsbDevice::set_report(const SetupPacket& setup, std::span<const uint8_t> data) {
+  const std::optional<size_t> number = addressed(setup);
   const uint8_t id = setup.value.low();
-  if (interface == nullptr || setup.value.high() != kFeatureReportType || data.empty() ||
-      data[0] != id) {
-    return std::nullopt;
+  if (!number || setup.value.high() != kFeatureReportType || data.empty() || data[0] != id) {
+    return {Outcome::kStall};
   }
-  if (!interface->hid.set_feature(id, data.subspan(1))) return std::nullopt;
-  return Bytes{};
+  return {links_[*number].set_report(id, data.subspan(1))};
 }
 
 }  // namespace zelkora::sim

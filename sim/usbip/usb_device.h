@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "hid_link.h"
 #include "usb_interface.h"
 
 namespace zelkora::sim {
@@ -40,26 +41,27 @@ static_assert(sizeof(SetupPacket) == 8);
 
 class UsbDevice {
  public:
-  // The interfaces in the order of their numbers; the first one names the device.
-  explicit UsbDevice(std::vector<UsbInterface> interfaces) : interfaces_(std::move(interfaces)) {}
+  // The interfaces in the order of their numbers; the first one names the device. The trace is that
+  // of the feature reports; it may be empty.
+  explicit UsbDevice(std::vector<UsbInterface> interfaces, const Trace& trace = {});
 
-  // Serves one control request. `data` is what an outgoing request carries; the result is what
-  // an incoming one returns, never more than the setup packet's length. Nothing: a stall.
-  std::optional<std::vector<uint8_t>> control(const SetupPacket& setup,
-                                              std::span<const uint8_t> data);
+  // Serves one control request. `data` is what an outgoing request carries; the response's is what
+  // an incoming one returns, never more than the setup packet's length.
+  Response control(const SetupPacket& setup, std::span<const uint8_t> data);
 
  private:
-  std::optional<std::vector<uint8_t>> serve(const SetupPacket& setup,
-                                            std::span<const uint8_t> data);
-  const UsbInterface* addressed(const SetupPacket& setup) const;
+  // The number of the interface that a request is for.
+  std::optional<size_t> addressed(const SetupPacket& setup) const;
+  // Nothing: a stall.
+  std::optional<std::vector<uint8_t>> serve(const SetupPacket& setup);
   std::optional<std::vector<uint8_t>> descriptor(const SetupPacket& setup) const;
   std::optional<std::vector<uint8_t>> string(uint8_t index) const;
   std::optional<std::vector<uint8_t>> interface_descriptor(const SetupPacket& setup) const;
-  std::optional<std::vector<uint8_t>> get_report(const SetupPacket& setup);
-  std::optional<std::vector<uint8_t>> set_report(const SetupPacket& setup,
-                                                 std::span<const uint8_t> data);
+  Response get_report(const SetupPacket& setup);
+  Response set_report(const SetupPacket& setup, std::span<const uint8_t> data);
 
   std::vector<UsbInterface> interfaces_;
+  std::vector<HidLink> links_;  // of each interface
   uint8_t configuration_ = 0;
 };
 

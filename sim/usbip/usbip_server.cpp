@@ -79,8 +79,10 @@ std::string find_node(const std::string& pattern, std::string_view folder) {
 // One controller, its port and the connection to the kernel.
 class UsbipServer::Plug {
  public:
-  explicit Plug(std::vector<UsbInterface> interfaces)
-      : interfaces_(std::move(interfaces)), port_(free_port_other_than(std::nullopt)) {
+  Plug(std::vector<UsbInterface> interfaces, Trace trace)
+      : interfaces_(std::move(interfaces)),
+        trace_(std::move(trace)),
+        port_(free_port_other_than(std::nullopt)) {
     connect();
   }
   ~Plug() { disconnect(); }
@@ -99,6 +101,9 @@ class UsbipServer::Plug {
     connect();
   }
 
+  // The device leaves without answering what it is asked just now.
+  void drop() { dropped_ = true; }
+
   // The device leaves when it has answered what it is asked just now, and comes back.
   void replug() { leaving_ = true; }
   bool is_away() const { return leaving_ && socket_ < 0; }
@@ -116,6 +121,7 @@ class UsbipServer::Plug {
     if (count < 0 && errno == EINTR) return;
     if (count <= 0) return disconnect();
     const auto answers = session_->receive({buffer.data(), static_cast<size_t>(count)});
+    if (dropped_) return disconnect();
     for (size_t sent = 0; sent < answers.size();) {
       const ssize_t part =
           send(socket_, answers.data() + sent, answers.size() - sent, MSG_NOSIGNAL);
@@ -146,8 +152,9 @@ class UsbipServer::Plug {
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
       throw failure("socketpair");
     }
-    session_.emplace(interfaces_);
+    session_.emplace(interfaces_, trace_);
     socket_ = ends[0];
+    dropped_ = false;
     try {
       attach(ends[1]);
     } catch (...) {
@@ -156,11 +163,14 @@ class UsbipServer::Plug {
       throw;
     }
     close(ends[1]);  // the kernel holds it now
+    if (trace_) trace_("plugged");
   }
 
   void disconnect() {
-    if (socket_ >= 0) close(socket_);
+    if (socket_ < 0) return;
+    close(socket_);
     socket_ = -1;
+    if (trace_) trace_("unplugged");
   }
 
   // Gives the kernel its end: port, descriptor, a device number of its own, full speed.
@@ -174,17 +184,19 @@ class UsbipServer::Plug {
   }
 
   std::vector<UsbInterface> interfaces_;
+  Trace trace_;
   std::optional<UsbipSession> session_;  // a new one each time the device is plugged in
   unsigned port_;
   int socket_ = -1;
   bool leaving_ = false;
+  bool dropped_ = false;
 };
 
 UsbipServer::UsbipServer() = default;
 UsbipServer::~UsbipServer() = default;
 
-std::vector<UsbNodes> UsbipServer::plug(std::vector<UsbInterface> interfaces) {
-  plugs_.push_back(std::make_unique<Plug>(std::move(interfaces)));
+std::vector<UsbNodes> UsbipServer::plug(std::vector<UsbInterface> interfaces, Trace trace) {
+  plugs_.push_back(std::make_unique<Plug>(std::move(interfaces), std::move(trace)));
   return wait_for_nodes(*plugs_.back());
 }
 
@@ -210,6 +222,8 @@ void UsbipServer::unplug(size_t number) {
   const bool gone = serve_until([&] { return std::ranges::all_of(plug.nodes(), &UsbNodes::none); });
   if (!gone) throw std::runtime_error("the kernel keeps the nodes of an unplugged controller");
 }
+
+void UsbipServer::drop(size_t number) { plugs_.at(number)->drop(); }
 
 void UsbipServer::replug(size_t number) { plugs_.at(number)->replug(); }
 

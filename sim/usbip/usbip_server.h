@@ -38,14 +38,18 @@ class UsbipServer {
 
   // Plugs a device with these interfaces in and waits for the nodes of each. The device must
   // outlive the server or be unplugged first. Devices are numbered from 0 in the order of these
-  // calls.
-  std::vector<UsbNodes> plug(std::vector<UsbInterface> interfaces);
+  // calls. The trace receives a line for each feature report, see VirtualKernel::set_trace(), and
+  // "plugged" and "unplugged"; it may be empty.
+  std::vector<UsbNodes> plug(std::vector<UsbInterface> interfaces, Trace trace = {});
 
   // Pulls the plug and waits until the kernel has dropped the nodes.
   void unplug(size_t number);
 
   // Plugs an unplugged device in again, into another port, and waits for its nodes.
   std::vector<UsbNodes> plug_again(size_t number);
+
+  // Pulls the plug in the midst of the request that the kernel is making, which gets no answer.
+  void drop(size_t number);
 
   // Pulls the plug and puts it back into the same port: what a device does that resets itself. A
   // device may ask for this in the midst of a request; it is done while the kernel is answered.

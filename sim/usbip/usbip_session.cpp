@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <optional>
 
 namespace zelkora::sim {
 namespace {
@@ -62,17 +61,22 @@ void UsbipSession::submit(const usbip::Submit& request, std::span<const uint8_t>
     waiting_.insert(request.basic.sequence);
     return;
   }
-  const std::optional<Bytes> answer = device_.control(request.setup, data);
+  const auto [outcome, answer] = device_.control(request.setup, data);
+  if (outcome == Outcome::kNoAnswer) {
+    waiting_.insert(request.basic.sequence);
+    return;
+  }
+  const bool done = outcome == Outcome::kDone;
   usbip::SubmitReply reply;
   reply.basic = reply_header(usbip::kSubmitReply, request.basic);
-  reply.status = answer ? 0u : static_cast<uint32_t>(-EPIPE);
-  if (answer && request.basic.direction == usbip::kDirectionOut) {
+  reply.status = done ? 0u : static_cast<uint32_t>(-EPIPE);
+  if (done && request.basic.direction == usbip::kDirectionOut) {
     reply.actual_length = static_cast<uint32_t>(data.size());
-  } else if (answer) {
-    reply.actual_length = static_cast<uint32_t>(answer->size());
+  } else if (done) {
+    reply.actual_length = static_cast<uint32_t>(answer.size());
   }
   append(out, reply);
-  if (answer) out.insert(out.end(), answer->begin(), answer->end());
+  out.insert(out.end(), answer.begin(), answer.end());
 }
 
 void UsbipSession::unlink(const usbip::Unlink& request, Bytes& out) {

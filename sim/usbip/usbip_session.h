@@ -18,7 +18,9 @@ namespace zelkora::sim {
 
 class UsbipSession {
  public:
-  explicit UsbipSession(std::vector<UsbInterface> interfaces) : device_(std::move(interfaces)) {}
+  // The trace is that of the feature reports; it may be empty.
+  explicit UsbipSession(const std::vector<UsbInterface>& interfaces, const Trace& trace = {})
+      : device_(interfaces, trace) {}
 
   // Takes bytes in pieces of any size and returns the answers to the messages they complete.
   std::vector<uint8_t> receive(std::span<const uint8_t> bytes);
@@ -31,7 +33,8 @@ class UsbipSession {
 
   UsbDevice device_;
   std::vector<uint8_t> incoming_;
-  // Interrupt transfers that wait for a touch, which never comes.
+  // Transfers that are never answered: interrupt ones, which wait for a touch, and requests that
+  // the device lets hang. The kernel takes them back when its time is up.
   std::set<uint32_t> waiting_;
 };
 

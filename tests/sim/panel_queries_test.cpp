@@ -177,6 +177,28 @@ TEST_F(PanelQueriesTest, GiveAPanelAnyFaultOfItsKind) {
   EXPECT_TRUE(rack_.panel(2).pct()->faults.silent);
 }
 
+TEST_F(PanelQueriesTest, GiveAnyPanelOnUsbTheFaultsOfItsConnection) {
+  for (const std::string panel : {"0", "1", "2"}) {
+    const UsbFaults& faults = rack_.panel(std::stoul(panel)).usb()->usb_faults;
+    EXPECT_EQ(ask("fault " + panel + " hangs"), "");
+    EXPECT_TRUE(faults.hangs);
+    EXPECT_EQ(ask("fault " + panel + " unplugs-after=3"), "");
+    EXPECT_EQ(faults.unplugs_after, 3U);
+  }
+  Rack ports({"serial"});
+  EXPECT_EQ(answer_query(ports, "fault 0 hangs").text,
+            "'hangs' is no fault of a panel of this kind");
+}
+
+TEST_F(PanelQueriesTest, PutFaultsThatAreSwitchesOffAgain) {
+  rack_.panel(0).usb()->usb_faults.hangs = true;
+  EXPECT_EQ(ask("fault 0 hangs=off"), "");
+  EXPECT_FALSE(rack_.panel(0).usb()->usb_faults.hangs);
+  rack_.panel(2).pct()->faults.silent = true;
+  EXPECT_EQ(ask("fault 2 silent=off"), "");
+  EXPECT_FALSE(rack_.panel(2).pct()->faults.silent);
+}
+
 TEST_F(PanelQueriesTest, UnplugAPanelOnce) {
   EXPECT_EQ(ask("unplug 1"), "");
   EXPECT_EQ(rack_.unplugged, (std::set<size_t>{1}));

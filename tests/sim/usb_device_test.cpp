@@ -55,13 +55,21 @@ const Bytes kMouse = {0x05, 0x01, 0x09, 0x02, 0xA1, 0x01, 0x85, 0x02, 0x09, 0x01
                       0x81, 0x02, 0x95, 0x01, 0x75, 0x05, 0x81, 0x01, 0x05, 0x01, 0x09, 0x30, 0x09,
                       0x31, 0x15, 0x81, 0x25, 0x7F, 0x95, 0x02, 0x75, 0x08, 0x81, 0x06, 0xC0, 0xC0};
 
+// Nothing: the device stalled.
+std::optional<Bytes> answered(const Response& response) {
+  EXPECT_TRUE(response.outcome == Outcome::kDone || response.outcome == Outcome::kStall);
+  if (response.outcome != Outcome::kDone) return std::nullopt;
+  return response.data;
+}
+
 class UsbDeviceTest : public testing::Test {
  protected:
   std::optional<Bytes> ask(uint8_t type, uint8_t request, uint16_t value, uint16_t length = 255) {
-    return usb_.control(setup(type, request, value, length), {});
+    return answered(usb_.control(setup(type, request, value, length), {}));
   }
   std::optional<Bytes> tell(uint16_t value, const Bytes& data) {
-    return usb_.control(setup(0x21, 0x09, value, static_cast<uint16_t>(data.size())), data);
+    return answered(
+        usb_.control(setup(0x21, 0x09, value, static_cast<uint16_t>(data.size())), data));
   }
 
   EchoDevice device_;
@@ -205,7 +213,7 @@ TEST_F(UsbDeviceTest, ReportDescriptorWithoutAHiddevNodeHasTheFeatureReportsInTh
 class UsbPenTest : public testing::Test {
  protected:
   std::optional<Bytes> ask(uint8_t type, uint8_t request, uint16_t value, uint16_t interface) {
-    return usb_.control({type, request, value, interface, 255}, {});
+    return answered(usb_.control({type, request, value, interface, 255}, {}));
   }
 
   EchoDevice device_;
@@ -246,10 +254,11 @@ TEST_F(UsbPenTest, PenHasTwoEndsThatAreInputAndNothingElse) {
 TEST_F(UsbPenTest, FeatureReportsOfThePenStallAndNeverReachThePanel) {
   const Bytes report = {1, 0xAA};
   EXPECT_EQ(ask(0xA1, 0x01, 0x0301, 1), std::nullopt);
-  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 1, 2}, report), std::nullopt);
-  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 2, 2}, report), std::nullopt) << "no such interface";
+  EXPECT_EQ(answered(usb_.control({0x21, 0x09, 0x0301, 1, 2}, report)), std::nullopt);
+  EXPECT_EQ(answered(usb_.control({0x21, 0x09, 0x0301, 2, 2}, report)), std::nullopt)
+      << "no such interface";
   EXPECT_EQ(device_.last_id, 0);
-  EXPECT_EQ(usb_.control({0x21, 0x09, 0x0301, 0, 2}, report), Bytes{});
+  EXPECT_EQ(answered(usb_.control({0x21, 0x09, 0x0301, 0, 2}, report)), Bytes{});
   EXPECT_EQ(device_.last_id, 1);
 }
 
@@ -338,6 +347,43 @@ TEST_F(UsbipSessionTest, InterruptTransferWaitsUntilItIsUnlinked) {
   EXPECT_EQ(session_.receive(submit(7, usbip::kDirectionIn, 1, 64)), Bytes{});
   EXPECT_EQ(session_.receive(unlink(8, 7)), reply(4, 8, -ECONNRESET));
   EXPECT_EQ(session_.receive(unlink(9, 7)), reply(4, 9, 0)) << "it has ended";
+}
+
+TEST_F(UsbipSessionTest, RequestThatTheDeviceLetsHangWaitsUntilItIsUnlinked) {
+  const SetupPacket get_report = {0xA1, 0x01, 0x0301, 0, 5};
+  device_.usb_faults.hangs = true;
+  EXPECT_EQ(
+      session_.receive(joined({submit(5, usbip::kDirectionOut, 0, 3, kSetReport), {1, 7, 8}})),
+      Bytes{});
+  EXPECT_EQ(session_.receive(submit(6, usbip::kDirectionIn, 0, 5, get_report)), Bytes{});
+  EXPECT_EQ(session_.receive(submit(7, usbip::kDirectionIn, 0, 255, kAskLanguages)),
+            joined({reply(3, 7, 0, 4), {0x04, 0x03, 0x09, 0x04}}))
+      << "only reports hang";
+  EXPECT_EQ(session_.receive(unlink(8, 5)), reply(4, 8, -ECONNRESET));
+  EXPECT_EQ(session_.receive(unlink(9, 6)), reply(4, 9, -ECONNRESET));
+  device_.usb_faults.hangs = false;
+  EXPECT_EQ(
+      session_.receive(joined({submit(10, usbip::kDirectionOut, 0, 3, kSetReport), {1, 7, 8}})),
+      reply(3, 10, 0, 3));
+}
+
+TEST_F(UsbipSessionTest, RequestInWhichTheDeviceIsUnpluggedGetsNoAnswer) {
+  int unplugs = 0;
+  device_.set_on_unplug([&] { ++unplugs; });
+  device_.usb_faults.unplugs_after = 0;
+  EXPECT_EQ(
+      session_.receive(joined({submit(5, usbip::kDirectionOut, 0, 3, kSetReport), {1, 7, 8}})),
+      Bytes{});
+  EXPECT_EQ(unplugs, 1);
+}
+
+TEST_F(UsbipSessionTest, ReportsAreTraced) {
+  std::vector<std::string> lines;
+  UsbipSession session({device_}, [&](std::string line) { lines.push_back(std::move(line)); });
+  session.receive(joined({submit(5, usbip::kDirectionOut, 0, 3, kSetReport), {1, 7, 8}}));
+  session.receive(submit(6, usbip::kDirectionIn, 0, 5, {0xA1, 0x01, 0x0301, 0, 5}));
+  session.receive(submit(7, usbip::kDirectionIn, 0, 255, kAskLanguages));
+  EXPECT_EQ(lines, (std::vector<std::string>{"set_report 1: 07 08", "get_report 1: 07 08"}));
 }
 
 }  // namespace

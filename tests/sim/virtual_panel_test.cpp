@@ -86,6 +86,14 @@ TEST(VirtualPanelTest, HasTheStoredValuesFirmwareAndFaultsDescribed) {
   EXPECT_EQ(pct.pct()->faults.bad_checksums, 2U);
 }
 
+TEST(VirtualPanelTest, HasTheFaultsOfItsConnection) {
+  for (const char* kind : {"resistive", "pct8752", "pct8753"}) {
+    VirtualPanel panel(described(std::string(kind) + ",hangs=on,unplugs-after=0"));
+    EXPECT_TRUE(panel.usb()->usb_faults.hangs) << kind;
+    EXPECT_EQ(panel.usb()->usb_faults.unplugs_after, 0U) << kind;
+  }
+}
+
 TEST(VirtualPanelTest, HasABlankFlashAsDelivered) {
   VirtualPanel panel(described("pct8752"));
   EXPECT_EQ(panel.pct()->flash(), PctController::Flash{});

@@ -88,6 +88,7 @@ Panel& Bench::attach_resistive(const PanelOptions& options) {
       .event = options.event.value_or("/dev/input/event" + number),
   };
   panel.attachment = attach(panel.usb, panel.nodes);
+  panel.usb.set_on_unplug([this, &panel] { unplug(panel); });
   return panel;
 }
 
