@@ -86,11 +86,11 @@ frame_count() {  # PANEL
 }
 
 # The host, and what became of it: its exit code in `code`, its words in `output` and `errors`.
-# A host that hangs ends with code 124.
+# A host that hangs ends with code 124, after a minute or the seconds in `patience` (0: never).
 zelkoractl() {
     echo "\$ zelkoractl $*"
     code=0
-    output=$(timeout 60 "$ZELKORA_BUILD/zelkoractl" "$@" 2>/run/errors) || code=$?
+    output=$(timeout "${patience:-60}" "$ZELKORA_BUILD/zelkoractl" "$@" 2>/run/errors) || code=$?
     errors=$(</run/errors)
     printf '%s\n' "$output" "$errors" "exit code $code"
 }

@@ -1,0 +1,57 @@
+# SPDX-FileCopyrightText: 2026 The Zelkora authors
+# SPDX-License-Identifier: MIT
+#
+# machine: skip-idle
+#
+# Panels are unplugged inside exchanges, at several places: the host ends with a clear message, and
+# the files of stored sets hold whole records.
+source "$(dirname "$0")/../guest.sh"
+
+patience=0 # the clock jumps over waits for the disk too, up to any time-out
+store=/opt/.touch_panel
+record_size=347
+
+# One line for each record file, with its size: whole records alone.
+expect_whole_records() {  # NAME
+    local size
+    [[ -e $store/$1 ]] || fail "there is no $store/$1"
+    size=$(stat -c %s "$store/$1")
+    expect "bytes of $1 behind whole records" "$((size % record_size))" 0
+}
+
+install_name_list "Virtual Resistive"
+echo "Virtual PCT" >$store/manuflist.conf
+# In the first look at a panel, in the query of its firmware, in the change itself.
+places=(0 2 7)
+attach resistive,firmware=V1.2 resistive,firmware=V1.2 resistive,firmware=V1.2 \
+    pct8753,sn=A102030405060708
+
+zelkoractl list --json
+expect "exit code" "$code" 0
+expect "panels" "$(field '.panels | length')" $((${#places[@]} + 1))
+expect_whole_records .restpbin
+expect_whole_records .pctpbin
+
+for panel in "${!places[@]}"; do
+    zelkoractl list --json
+    index=$(panel_at "${hiddev[panel]}")
+    bench fault "$panel" "unplugs-after=${places[panel]}"
+    zelkoractl set "$index" beep=off
+    ((code != 0)) || fail "a panel that is gone was set"
+    expect_match "message" "$errors" "(${hiddev[panel]}: |there is no panel)"
+    until [[ ! -e ${hiddev[panel]} ]]; do sleep 0.1; done
+    echo "unplug $panel" >&"${usbip[1]}"
+    read -r answer <&"${usbip[0]}"
+    expect "another unplug" "$answer" "error: panel $panel is unplugged already"
+    expect_whole_records .restpbin
+done
+
+zelkoractl list --json
+expect "exit code" "$code" 0
+expect "panels left" "$(field '.panels[].usb_id')" 2575:8753
+bench fault 3 unplugs-after=40
+zelkoractl mode 0 mouse
+expect "exit code" "$code" 1
+expect_match "message" "$errors" "${hiddev[3]}"
+expect_whole_records .pctpbin
+ls -la $store
