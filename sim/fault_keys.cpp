@@ -31,7 +31,7 @@ bool set_unplugs_after(UsbFaults& faults, View value) {
 }
 
 constexpr Key<UsbFaults> kUsbKeys[] = {
-    {"hangs", kSwitch, "", "neither answers nor stalls any request",
+    {"hangs", kSwitch, "", "lets requests time out (zelkora-sim: at once)",
      set_switch<UsbFaults, &UsbFaults::hangs>},
     {"unplugs-after", "COUNT", kCounts, "serves COUNT requests and is unplugged in the next one",
      set_unplugs_after},
