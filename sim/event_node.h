@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// /dev/input/eventN: who the device is. It never sends an event.
+// /dev/input/eventN, opened: who the device is. It never sends an event.
 #pragma once
 
 #include <memory>
@@ -17,7 +17,7 @@ class EventNode final : public DeviceNode {
   int ioctl(unsigned long request, void* argument) override;
   ssize_t read(std::span<uint8_t> room) override;
   ssize_t write(std::span<const uint8_t> bytes) override;
-  AfterUnplug after_unplug() const override;
+  int poll() override;
   std::string describe(unsigned long request, const void* argument) const override;
 
  private:

@@ -2,9 +2,13 @@
 // SPDX-License-Identifier: MIT
 #include "hid_interface.h"
 
+#include <linux/hiddev.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+
+#include "usb_descriptors.h"
 
 namespace zelkora::sim {
 namespace {
@@ -28,35 +32,39 @@ unsigned HidInterface::interface_number() const {
   return static_cast<unsigned>(std::strtoul(phys_.c_str() + at + std::strlen(kInput), nullptr, 10));
 }
 
-const FeatureReport* HidInterface::find_report(unsigned id) const {
-  const std::span<const FeatureReport> all = reports();
-  const auto found = std::ranges::find(all, id, &FeatureReport::id);
-  return found == all.end() ? nullptr : &*found;
-}
+std::vector<uint8_t> HidInterface::description() const { return report_descriptor(usb_); }
 
-std::vector<int32_t>& HidInterface::values(const FeatureReport& report) {
-  std::vector<int32_t>& values = values_[report.id];
-  values.resize(report.usage_count);
+std::vector<int32_t>& HidInterface::values(const HidReport& report, size_t field) {
+  std::vector<int32_t>& values = values_[{report.type, report.id, field}];
+  values.resize(report.fields[field].usage_count);
   return values;
 }
 
-void HidInterface::send_values(const FeatureReport& report) {
+void HidInterface::send_values(const HidReport& report) {
   std::vector<uint8_t> payload;
-  for (const int32_t value : values(report)) {
-    payload.push_back(to_byte(value, report.logical_minimum < 0));
+  for (const int32_t value : values(report, 0)) {
+    payload.push_back(to_byte(value, report.fields[0].logical_minimum < 0));
   }
   set_report(report.id, payload);
 }
 
-void HidInterface::fetch_values(const FeatureReport& report) {
-  const Response response = get_report(report.id);
-  if (response.outcome != Outcome::kDone) return;
-  std::vector<int32_t>& stored = values(report);
+void HidInterface::fetch_values(const HidReport& report) {
+  // Nobody touches the panel, which stalls when it is asked where.
+  if (report.type != HID_REPORT_TYPE_FEATURE) return;
+  auto [outcome, payload] = get_report(report.id);
+  if (outcome != Outcome::kDone) return;
+  std::vector<int32_t>& stored = values(report, 0);
+  // A report that came short counts as filled up with zeros.
+  payload.resize(stored.size());
   for (size_t i = 0; i < stored.size(); ++i) {
-    // A report that came short counts as filled up with zeros.
-    const uint8_t byte = i < response.data.size() ? response.data[i] : 0;
-    stored[i] = from_byte(byte, report.logical_minimum < 0);
+    stored[i] = from_byte(payload[i], report.fields[0].logical_minimum < 0);
   }
+  for (ReportListener* listener : listeners_) listener->hear(report.id, payload);
+}
+
+void HidInterface::initialise() {
+  for (const HidReport& report : reports()) fetch_values(report);
+  initialised_ = true;
 }
 
 int copy_name(const std::string& name, std::span<char> room) {

@@ -108,6 +108,8 @@ constexpr Key<ResistiveDescription> kResistiveKeys[] = {
      }},
     {"beep", "VALUE", "0..65535", "the same as word86",
      [](ResistiveDescription& panel, View value) { return set_word(panel, kBeepAddress, value); }},
+    {"signed-fields", "", "", "describes its report's bytes as signed, on USB",
+     [](ResistiveDescription& panel, View) { return panel.signed_fields = true; }},
 };
 
 bool set_port(SerialDescription& panel, View value) {

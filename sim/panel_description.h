@@ -23,6 +23,7 @@ namespace zelkora::sim {
 struct ResistiveDescription {
   std::string firmware = "V1.2";
   std::vector<std::pair<uint8_t, uint16_t>> words;  // address and stored value
+  bool signed_fields = false;                       // of its report, on USB
   ResistiveFaults faults;
 };
 

@@ -48,14 +48,23 @@ constexpr RequestName kHiddev[] = {
     {HIDIOCGUCODE, "HIDIOCGUCODE", Record::kUsage},
     {HIDIOCGUSAGE, "HIDIOCGUSAGE", Record::kUsage},
     {HIDIOCSUSAGE, "HIDIOCSUSAGE", Record::kUsageValue},
+    {HIDIOCGUSAGES, "HIDIOCGUSAGES", Record::kUsage},
+    {HIDIOCSUSAGES, "HIDIOCSUSAGES", Record::kUsage},
+    {HIDIOCGCOLLECTIONINDEX, "HIDIOCGCOLLECTIONINDEX", Record::kUsage},
+    {HIDIOCAPPLICATION, "HIDIOCAPPLICATION"},
+    {HIDIOCGCOLLECTIONINFO, "HIDIOCGCOLLECTIONINFO"},
+    {HIDIOCGSTRING, "HIDIOCGSTRING"},
     {HIDIOCGNAME(0), "HIDIOCGNAME", Record::kLength},
     {HIDIOCGPHYS(0), "HIDIOCGPHYS", Record::kLength},
 };
 
 constexpr RequestName kHidraw[] = {
     {HIDIOCGRAWINFO, "HIDIOCGRAWINFO"},
+    {HIDIOCGRDESCSIZE, "HIDIOCGRDESCSIZE"},
+    {HIDIOCGRDESC, "HIDIOCGRDESC"},
     {HIDIOCGRAWNAME(0), "HIDIOCGRAWNAME", Record::kLength},
     {HIDIOCGRAWPHYS(0), "HIDIOCGRAWPHYS", Record::kLength},
+    {HIDIOCGRAWUNIQ(0), "HIDIOCGRAWUNIQ", Record::kLength},
     {HIDIOCSFEATURE(0), "HIDIOCSFEATURE", Record::kLength},
     {HIDIOCGFEATURE(0), "HIDIOCGFEATURE", Record::kLength},
 };
@@ -65,6 +74,7 @@ constexpr RequestName kEvent[] = {
     {EVIOCGID, "EVIOCGID"},
     {EVIOCGNAME(0), "EVIOCGNAME", Record::kLength},
     {EVIOCGPHYS(0), "EVIOCGPHYS", Record::kLength},
+    {EVIOCGUNIQ(0), "EVIOCGUNIQ", Record::kLength},
 };
 
 std::string report_words(const hiddev_report_info& info) {

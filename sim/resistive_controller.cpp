@@ -176,4 +176,9 @@ Bytes ResistiveSerial::transmit(size_t limit) {
   return bytes;
 }
 
+bool ResistiveSerial::has_bytes() const {
+  const ResistiveFaults& faults = controller_.faults;
+  return faults.streaming || faults.streamed_reports > 0 || !outgoing_.empty();
+}
+
 }  // namespace zelkora::sim

@@ -126,6 +126,7 @@ class ResistiveSerial final : public SerialDevice {
 
   void receive(std::span<const uint8_t> bytes) override;
   std::vector<uint8_t> transmit(size_t limit) override;
+  bool has_bytes() const override;
   void discard() override { outgoing_.clear(); }
   bool opens() override;
   void configure(const LineSettings& settings) override { settings_ = settings; }

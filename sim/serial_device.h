@@ -23,6 +23,9 @@ class SerialDevice {
   // Bytes for the host, at most `limit` of them; empty when nothing waits.
   virtual std::vector<uint8_t> transmit(size_t limit) = 0;
 
+  // Whether any wait. A device that cannot tell says yes, and a read finds out.
+  virtual bool has_bytes() const { return true; }
+
   // Forgets the bytes that wait for the host.
   virtual void discard() {}
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 #include "serial_node.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 
@@ -47,6 +48,7 @@ KernelTermios SerialNode::initial_settings() {
 int SerialNode::open() { return device_.opens() ? 0 : -EIO; }
 
 int SerialNode::ioctl(unsigned long request, void* argument) {
+  if (gone()) return -EIO;
   switch (request) {
     case TCGETS:
       std::memcpy(argument, &settings_, sizeof settings_);
@@ -77,7 +79,9 @@ int SerialNode::flush(int queue) {
   return 0;
 }
 
+// A port that is gone hangs up: end of file for readers, errors for everything else.
 ssize_t SerialNode::read(std::span<uint8_t> room) {
+  if (gone()) return 0;
   if (room.empty()) return 0;
   const std::vector<uint8_t> bytes = device_.transmit(room.size());
   if (bytes.empty()) return -EAGAIN;
@@ -86,13 +90,15 @@ ssize_t SerialNode::read(std::span<uint8_t> room) {
 }
 
 ssize_t SerialNode::write(std::span<const uint8_t> bytes) {
+  if (gone()) return -EIO;
   device_.receive(bytes);
   return static_cast<ssize_t>(bytes.size());
 }
 
-// A port that is gone hangs up: end of file for readers, errors for everything else.
-DeviceNode::AfterUnplug SerialNode::after_unplug() const {
-  return {.ioctl = -EIO, .read = 0, .write = -EIO};
+int SerialNode::poll() {
+  constexpr int kIn = POLLIN | POLLRDNORM, kOut = POLLOUT | POLLWRNORM;
+  if (gone()) return kIn | kOut | POLLERR | POLLHUP;
+  return device_.has_bytes() ? kIn | kOut : kOut;
 }
 
 std::string SerialNode::describe(unsigned long request, const void* argument) const {

@@ -31,7 +31,7 @@ class SerialNode final : public DeviceNode {
   int ioctl(unsigned long request, void* argument) override;
   ssize_t read(std::span<uint8_t> room) override;
   ssize_t write(std::span<const uint8_t> bytes) override;
-  AfterUnplug after_unplug() const override;
+  int poll() override;
   std::string describe(unsigned long request, const void* argument) const override;
 
  private:

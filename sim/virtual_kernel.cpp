@@ -3,12 +3,14 @@
 #include "virtual_kernel.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -23,17 +25,19 @@ namespace {
 
 using Path = std::string;
 
+using OpenNode = std::function<std::shared_ptr<DeviceNode>()>;
+
 struct PluggedNode {
   Path path;
   int attachment;
-  std::shared_ptr<DeviceNode> node;
+  OpenNode open;
 };
 
 struct OpenFile {
   Path path;
   std::shared_ptr<DeviceNode> node;
+  int attachment;
   int access;
-  bool unplugged = false;
 };
 
 enum class Call { kOpen, kIoctl, kRead, kWrite };
@@ -58,7 +62,8 @@ std::string open_flags(int flags) {
 }
 
 std::string outcome(ssize_t result) {
-  if (result >= 0) return {};
+  constexpr ssize_t kLastError = -4095;
+  if (result >= 0 || result < kLastError) return {};
   const char* name = strerrorname_np(static_cast<int>(-result));
   return std::string(" -> ") + (name != nullptr ? name : "?");
 }
@@ -80,18 +85,19 @@ struct VirtualKernel::State {
   unsigned bus_numbers = 0;
   int handles = 0;
 
-  void plug(int attachment, std::string path, std::shared_ptr<DeviceNode> node);
+  void plug(int attachment, std::string path, OpenNode open);
   void plug_nodes(int attachment);
   void drop_nodes(int attachment);
-  std::shared_ptr<DeviceNode> share(std::string_view path) const;
+  const PluggedNode* find(std::string_view path) const;
   OpenFile* file(int handle);
   std::optional<int> strike(Call call, std::string_view path, unsigned long request = 0);
+  std::optional<int> strike(Call call, const OpenFile& file, unsigned long request = 0);
   // Writes the line of a call that ended, then what it moved to and from the device.
   void report(const std::string& line, ssize_t result);
 };
 
-void VirtualKernel::State::plug(int attachment, Path path, std::shared_ptr<DeviceNode> node) {
-  if (!path.empty()) nodes.push_back({std::move(path), attachment, std::move(node)});
+void VirtualKernel::State::plug(int attachment, Path path, OpenNode open) {
+  if (!path.empty()) nodes.push_back({std::move(path), attachment, std::move(open)});
 }
 
 // A device that comes back gets the next number on the bus, and its fields start anew.
@@ -101,26 +107,23 @@ void VirtualKernel::State::plug_nodes(int attachment) {
     const auto interface = std::make_shared<HidInterface>(
         usb, paths.phys, bus_numbers,
         [this](std::string line) { transfers.push_back(std::move(line)); });
-    plug(attachment, paths.hiddev, std::make_shared<HiddevNode>(interface));
-    plug(attachment, paths.hidraw, std::make_shared<HidrawNode>(interface));
-    plug(attachment, paths.event, std::make_shared<EventNode>(interface));
+    plug(attachment, paths.hiddev, [interface] { return std::make_shared<HiddevNode>(interface); });
+    plug(attachment, paths.hidraw, [interface] { return std::make_shared<HidrawNode>(interface); });
+    plug(attachment, paths.event, [interface] { return std::make_shared<EventNode>(interface); });
   }
 }
 
-// A request that is going on keeps its node, which the open file owns as well.
+// A request that is going on keeps its node, which the open file owns.
 void VirtualKernel::State::drop_nodes(int attachment) {
-  for (const PluggedNode& plugged : nodes) {
-    if (plugged.attachment != attachment) continue;
-    for (auto& [handle, file] : files) {
-      if (file.node == plugged.node) file.unplugged = true;
-    }
+  for (auto& [handle, file] : files) {
+    if (file.attachment == attachment) file.node->unplug();
   }
   std::erase_if(nodes, [&](const PluggedNode& node) { return node.attachment == attachment; });
 }
 
-std::shared_ptr<DeviceNode> VirtualKernel::State::share(std::string_view path) const {
+const PluggedNode* VirtualKernel::State::find(std::string_view path) const {
   const auto found = std::ranges::find(nodes, path, &PluggedNode::path);
-  return found == nodes.end() ? nullptr : found->node;
+  return found == nodes.end() ? nullptr : &*found;
 }
 
 OpenFile* VirtualKernel::State::file(int handle) {
@@ -138,6 +141,12 @@ std::optional<int> VirtualKernel::State::strike(Call call, std::string_view path
     return -fault.error;
   }
   return std::nullopt;
+}
+
+// A device that is gone fails by itself.
+std::optional<int> VirtualKernel::State::strike(Call call, const OpenFile& file,
+                                                unsigned long request) {
+  return file.node->gone() ? std::nullopt : strike(call, file.path, request);
 }
 
 void VirtualKernel::State::report(const std::string& line, ssize_t result) {
@@ -163,7 +172,9 @@ int VirtualKernel::attach(HidDevice& device, HidNodes nodes) {
 
 int VirtualKernel::attach(SerialDevice& device, Path path) {
   const int attachment = ++state_->attachments;
-  state_->plug(attachment, std::move(path), std::make_shared<SerialNode>(device));
+  // All who open a port share its settings.
+  state_->plug(attachment, std::move(path),
+               [node = std::make_shared<SerialNode>(device)] { return node; });
   return attachment;
 }
 
@@ -178,7 +189,7 @@ void VirtualKernel::replug(int attachment) {
   state_->plug_nodes(attachment);
 }
 
-bool VirtualKernel::owns(std::string_view path) const { return state_->share(path) != nullptr; }
+bool VirtualKernel::owns(std::string_view path) const { return state_->find(path) != nullptr; }
 
 std::vector<Path> VirtualKernel::node_paths() const {
   std::vector<Path> paths;
@@ -188,16 +199,18 @@ std::vector<Path> VirtualKernel::node_paths() const {
 
 int VirtualKernel::open(std::string_view path, int flags) {
   const std::string name(path);
-  std::shared_ptr<DeviceNode> node = state_->share(path);
+  const PluggedNode* plugged = state_->find(path);
+  std::shared_ptr<DeviceNode> node;
   int result = -ENOENT;
   if (const std::optional<int> fault = state_->strike(Call::kOpen, path)) {
     result = *fault;
-  } else if (node) {
+  } else if (plugged != nullptr) {
+    node = plugged->open();
     result = node->open();
   }
   if (result == 0) {
     result = ++state_->handles;
-    state_->files[result] = {name, std::move(node), flags & O_ACCMODE};
+    state_->files[result] = {name, std::move(node), plugged->attachment, flags & O_ACCMODE};
   }
   state_->report("open " + name + " " + open_flags(flags), result);
   return result;
@@ -216,14 +229,8 @@ int VirtualKernel::ioctl(int handle, unsigned long request, void* argument) {
   if (file == nullptr) return -EBADF;
   // Named before it is served: a request may overwrite what it was asked with.
   const std::string line = "ioctl " + file->node->describe(request, argument);
-  int result = 0;
-  if (file->unplugged) {
-    result = file->node->after_unplug().ioctl;
-  } else if (const auto fault = state_->strike(Call::kIoctl, file->path, request)) {
-    result = *fault;
-  } else {
-    result = file->node->ioctl(request, argument);
-  }
+  const std::optional<int> fault = state_->strike(Call::kIoctl, *file, request);
+  const int result = fault ? *fault : file->node->ioctl(request, argument);
   state_->report(line, result);
   return result;
 }
@@ -231,14 +238,8 @@ int VirtualKernel::ioctl(int handle, unsigned long request, void* argument) {
 ssize_t VirtualKernel::write(int handle, std::span<const uint8_t> bytes) {
   OpenFile* file = state_->file(handle);
   if (file == nullptr || file->access == O_RDONLY) return -EBADF;
-  ssize_t result = 0;
-  if (file->unplugged) {
-    result = file->node->after_unplug().write;
-  } else if (const auto fault = state_->strike(Call::kWrite, file->path)) {
-    result = *fault;
-  } else {
-    result = file->node->write(bytes);
-  }
+  const std::optional<int> fault = state_->strike(Call::kWrite, *file);
+  const ssize_t result = fault ? *fault : file->node->write(bytes);
   state_->report("write " + file->path + byte_run(bytes), result);
   return result;
 }
@@ -246,18 +247,17 @@ ssize_t VirtualKernel::write(int handle, std::span<const uint8_t> bytes) {
 ssize_t VirtualKernel::read(int handle, std::span<uint8_t> room) {
   OpenFile* file = state_->file(handle);
   if (file == nullptr || file->access == O_WRONLY) return -EBADF;
-  ssize_t result = 0;
-  if (file->unplugged) {
-    result = file->node->after_unplug().read;
-  } else if (const auto fault = state_->strike(Call::kRead, file->path)) {
-    result = *fault;
-  } else {
-    result = file->node->read(room);
-  }
+  const std::optional<int> fault = state_->strike(Call::kRead, *file);
+  const ssize_t result = fault ? *fault : file->node->read(room);
   std::string line = "read " + file->path + " " + std::to_string(room.size());
   if (result >= 0) line += byte_run(room.first(static_cast<size_t>(result)));
   state_->report(line, result);
   return result;
+}
+
+int VirtualKernel::poll(int handle) {
+  const OpenFile* file = state_->file(handle);
+  return file == nullptr ? POLLNVAL : file->node->poll();
 }
 
 void VirtualKernel::fail_open(Path path, int error, int times) {

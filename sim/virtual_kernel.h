@@ -69,6 +69,8 @@ class VirtualKernel {
   int ioctl(int handle, unsigned long request, void* argument);
   ssize_t write(int handle, std::span<const uint8_t> bytes);
   ssize_t read(int handle, std::span<uint8_t> room);
+  // What poll() would say at once: POLLIN and so on. It leaves no trace.
+  int poll(int handle);
 
   // Fault script. `times` -1: for ever. Requests are named by their number without the size bits,
   // so HIDIOCGNAME(0) stands for every length.

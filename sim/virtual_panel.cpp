@@ -40,6 +40,9 @@ VirtualPanel::Resistive::Resistive(const ResistiveDescription& description,
                                    const UsbIdentity& identity)
     : usb(controller, identity) {
   deliver(controller, description);
+  if (description.signed_fields) {
+    usb.set_report({ResistiveUsb::kReportId, ResistiveUsb::kUsageCount, -128, 127});
+  }
 }
 
 VirtualPanel::Serial::Serial(const SerialDescription& description) {

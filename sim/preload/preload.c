@@ -25,10 +25,10 @@
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <sys/un.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "interposed.h"
-#include "protocol.h"
 
 void find_next(void* function, const char* name) {
   void* symbol = dlsym(RTLD_NEXT, name);
@@ -78,21 +78,13 @@ static ssize_t transfer(int fd, struct msghdr* message, bool sending) {
         sending ? sendmsg(fd, message, MSG_NOSIGNAL) : recvmsg(fd, message, MSG_CMSG_CLOEXEC);
     if (count >= 0 || (errno != EINTR && errno != EAGAIN)) return count;
     struct pollfd ready = {.fd = fd, .events = sending ? POLLOUT : POLLIN};
-    if (errno == EAGAIN) poll(&ready, 1, -1);
+    if (errno == EAGAIN) ppoll(&ready, 1, NULL, NULL);
   }
 }
 
-/* The memory to send and the memory for the answer; they may be the same. */
-struct Payload {
-  const void* out;
-  size_t out_size;
-  void* in;
-  size_t in_size;
-};
-
 /* The result of a system call. The caller's own pointers are handed to the kernel, so a bad one
  * fails with EFAULT here as it does there. */
-static int exchange(int fd, struct SimRequest request, struct Payload payload) {
+int exchange(int fd, struct SimRequest request, struct Payload payload) {
   struct SimReply reply = {.result = -ENODEV};
   struct iovec sent[] = {{&request, sizeof request}, {(void*)payload.out, payload.out_size}};
   struct iovec received[] = {{&reply, sizeof reply}, {payload.in, payload.in_size}};
@@ -110,7 +102,8 @@ static int exchange(int fd, struct SimRequest request, struct Payload payload) {
   } else if (count < (ssize_t)sizeof reply) {
     reply.result = -ENODEV; /* the session is over and its devices are gone */
   }
-  if (reply.result >= 0) return reply.result;
+  /* As in the C library: only so many negative results are failures. */
+  if (reply.result >= 0 || reply.result < -4095) return reply.result;
   errno = -reply.result;
   return -1;
 }
@@ -236,8 +229,6 @@ INTERPOSED int ioctl(int fd, unsigned long request, ...) {
   return exchange(fd, message, (struct Payload){argument, size, argument, size});
 }
 
-enum { INPUT_POLL_MS = 20 };
-
 INTERPOSED ssize_t read(int fd, void* room, size_t size) {
   static ssize_t (*next)(int, void*, size_t);
   if (!is_virtual(fd)) {
@@ -249,8 +240,8 @@ INTERPOSED ssize_t read(int fd, void* room, size_t size) {
   for (;;) {
     const ssize_t count = exchange(fd, message, (struct Payload){.in = room, .in_size = size});
     if (count >= 0 || errno != EAGAIN || (fcntl(fd, F_GETFL) & O_NONBLOCK) != 0) return count;
-    /* The runner never waits, so waiting for input is done here. */
-    if (poll(NULL, 0, INPUT_POLL_MS) < 0) return -1;
+    const struct timespec pause = {.tv_nsec = INPUT_POLL_MS * 1000000L};
+    if (nanosleep(&pause, NULL) < 0) return -1;
   }
 }
 

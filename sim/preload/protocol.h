@@ -29,6 +29,7 @@ enum {
   SIM_READ = 3,
   SIM_WRITE = 4, /* data: the bytes to write */
   SIM_QUERY = 5, /* data: words separated by one blank; needs no node */
+  SIM_POLL = 7,  /* the result: what poll() would say at once */
   SIM_RUN = 6    /* data: a command, a NUL behind each word; needs no node */
 };
 

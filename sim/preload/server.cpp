@@ -142,6 +142,8 @@ SimReply Server::perform(Connection& connection, const SimRequest& request, std:
       return perform_ioctl(connection.handle, request, data, answer);
     case SIM_WRITE:
       return {static_cast<int32_t>(kernel.write(connection.handle, data)), 0};
+    case SIM_POLL:
+      return {kernel.poll(connection.handle), 0};
     case SIM_READ: {
       answer.resize(std::min<uint64_t>(request.argument, SIM_MAX_DATA));
       const ssize_t count = kernel.read(connection.handle, answer);

@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: MIT
 #include <linux/hidraw.h>
 #include <linux/input.h>
+#include <poll.h>
 
 #include <array>
+#include <bit>
 #include <cerrno>
+#include <memory>
 
 #include "sim/hid_nodes_bench.h"
 
@@ -131,6 +134,121 @@ TEST_F(VirtualHiddevTest, RefusesWhatTheDeviceDoesNotHave) {
   field.report_id = 1;
   field.field_index = 1;
   EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGFIELDINFO, &field), -EINVAL);
+}
+
+TEST_F(VirtualHiddevTest, FillsInTheLastUsageForTheFieldsNumber) {
+  hiddev_field_info field{};
+  field.report_type = HID_REPORT_TYPE_FEATURE;
+  field.report_id = 1;
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGFIELDINFO, &field), 0);
+  EXPECT_EQ(field.field_index, 3U);
+}
+
+TEST_F(VirtualHiddevTest, LeavesTheNameOfAReportAsItWasAsked) {
+  hiddev_usage_ref usage{HID_REPORT_TYPE_FEATURE, HID_REPORT_ID_FIRST, 0, 1, 0, 0};
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGE, &usage), 0);
+  EXPECT_EQ(usage.report_id, unsigned{HID_REPORT_ID_FIRST});
+}
+
+TEST_F(VirtualHiddevTest, IsAMouseAsWell) {
+  hiddev_report_info info{HID_REPORT_TYPE_INPUT, HID_REPORT_ID_FIRST, 0};
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGREPORTINFO, &info), 0);
+  EXPECT_EQ(info.report_id, 2U);
+  EXPECT_EQ(info.num_fields, 2U);
+  hiddev_usage_ref axis{HID_REPORT_TYPE_INPUT, 2, 1, 1, 0, 0};
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUCODE, &axis), 0);
+  EXPECT_EQ(axis.usage_code, 0x10031U);
+  hiddev_usage_ref button{HID_REPORT_TYPE_INPUT, HID_REPORT_ID_UNKNOWN, 9, 9, 0x90003, 7};
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGE, &button), 0);
+  EXPECT_EQ(button.report_id, 2U);
+  EXPECT_EQ(button.field_index, 0U);
+  EXPECT_EQ(button.usage_index, 2U);
+  EXPECT_EQ(button.value, 0);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSUSAGE, &axis), -EINVAL);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGREPORT, &info), 0);
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSREPORT, &info), -EINVAL);
+}
+
+TEST_F(VirtualHiddevTest, TellsItsCollections) {
+  constexpr hiddev_collection_info kCollections[] = {
+      {0, 1, 0xFF000001, 0}, {1, 1, 0x10002, 0}, {2, 0, 0x10001, 1}};
+  for (const hiddev_collection_info& expected : kCollections) {
+    hiddev_collection_info told{expected.index, 7, 7, 7};
+    ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCGCOLLECTIONINFO, &told), 0);
+    EXPECT_EQ(told.type, expected.type);
+    EXPECT_EQ(told.usage, expected.usage);
+    EXPECT_EQ(told.level, expected.level);
+  }
+  hiddev_collection_info none{3, 0, 0, 0};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGCOLLECTIONINFO, &none), -EINVAL);
+  hiddev_usage_ref usage{HID_REPORT_TYPE_FEATURE, 1, 0, 3, 0, 0};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGCOLLECTIONINDEX, &usage), 0);
+}
+
+TEST_F(VirtualHiddevTest, TellsItsApplicationsAsResults) {
+  const auto application = [this](uintptr_t index) {
+    return kernel_.ioctl(hiddev_, HIDIOCAPPLICATION, std::bit_cast<void*>(index));
+  };
+  EXPECT_EQ(static_cast<unsigned>(application(0)), 0xFF000001U);
+  EXPECT_EQ(application(1), 0x10002);
+  EXPECT_EQ(application(2), -EINVAL);
+  EXPECT_EQ(trace_[0], "ioctl HIDIOCAPPLICATION");  // a negative result, and no failure
+}
+
+TEST_F(VirtualHiddevTest, TellsTheStringsOfTheDevice) {
+  hiddev_string_descriptor text{1, {}};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGSTRING, &text), 7);
+  EXPECT_STREQ(text.value, "Zelkora");
+  text.index = 2;
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGSTRING, &text), 4);
+  EXPECT_STREQ(text.value, "Echo");
+  for (const int index : {0, 3, -1}) {
+    text.index = index;
+    EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGSTRING, &text), -EINVAL) << index;
+  }
+}
+
+TEST_F(VirtualHiddevTest, MovesManyValuesAtOnce) {
+  const auto many = std::make_unique<hiddev_usage_ref_multi>();
+  *many = {{HID_REPORT_TYPE_FEATURE, 1, 0, 1, 0, 0}, 3, {11, 12, 13}};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCSUSAGES, many.get()), 0);
+  EXPECT_EQ(usage(0), 0);
+  EXPECT_EQ(usage(3), 13);
+  *many = {{HID_REPORT_TYPE_FEATURE, HID_REPORT_ID_UNKNOWN, 0, 0, 0xFF000003, 0}, 2, {}};
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGES, many.get()), 0);
+  EXPECT_EQ(many->uref.usage_index, 2U);
+  EXPECT_EQ(many->values[0], 12);
+  EXPECT_EQ(many->values[1], 13);
+  many->num_values = 3;  // one more than there are from there on
+  EXPECT_EQ(kernel_.ioctl(hiddev_, HIDIOCGUSAGES, many.get()), -EINVAL);
+}
+
+TEST_F(VirtualHiddevTest, EachOpenHasFlagsOfItsOwn) {
+  const int other = kernel_.open(kHiddev, O_RDWR);
+  int flags = HIDDEV_FLAG_UREF;
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCSFLAG, &flags), 0);
+  ASSERT_EQ(kernel_.ioctl(other, HIDIOCGFLAG, &flags), 0);
+  EXPECT_EQ(flags, 0);
+}
+
+TEST_F(VirtualHiddevTest, TellsOfReportsToThoseWhoAskForThat) {
+  std::array<hiddev_usage_ref, 2> events{};
+  const auto read_events = [&](size_t size) {
+    return kernel_.read(hiddev_, std::span(reinterpret_cast<uint8_t*>(events.data()), size));
+  };
+  report_request(HIDIOCGREPORT);
+  EXPECT_EQ(read_events(sizeof events), -EAGAIN);
+  int flags = HIDDEV_FLAG_UREF | HIDDEV_FLAG_REPORT;
+  ASSERT_EQ(kernel_.ioctl(hiddev_, HIDIOCSFLAG, &flags), 0);
+  EXPECT_EQ(kernel_.poll(hiddev_), 0);
+  report_request(HIDIOCGREPORT, 7);
+  EXPECT_EQ(kernel_.poll(hiddev_), POLLIN | POLLRDNORM | POLLOUT);
+  EXPECT_EQ(read_events(sizeof events[0] - 1), 0);  // no room for one
+  EXPECT_EQ(read_events(sizeof events), static_cast<ssize_t>(sizeof events[0]));
+  EXPECT_EQ(events[0].report_type, unsigned{HID_REPORT_TYPE_FEATURE});
+  EXPECT_EQ(events[0].report_id, 7U);
+  EXPECT_EQ(events[0].field_index, unsigned{HID_FIELD_INDEX_NONE});
+  EXPECT_EQ(read_events(sizeof events), -EAGAIN);
 }
 
 TEST_F(VirtualHiddevTest, UnsignedFieldsKeepTheLowByteOfEitherExtension) {

@@ -7,17 +7,22 @@
 #include <linux/hiddev.h>
 #include <linux/hidraw.h>
 #include <linux/input.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "sim/hid_nodes_bench.h"
+#include "usb_descriptors.h"
 
 namespace {
+
+namespace sim = zelkora::sim;
 
 using zelkora::sim::VirtualKernel;
 using zelkora::test::Bytes;
@@ -83,6 +88,69 @@ TEST_F(VirtualHidrawTest, AsksTheDeviceForAnUnknownReport) {
   EXPECT_EQ(device_.last_id, 99);
 }
 
+TEST_F(VirtualHidrawTest, GivesTheReportDescriptor) {
+  const Bytes whole = sim::report_descriptor(sim::UsbInterface{device_});
+  int size = 0;
+  ASSERT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRDESCSIZE, &size), 0);
+  EXPECT_EQ(size, static_cast<int>(whole.size()));
+  const auto room = std::make_unique<hidraw_report_descriptor>();
+  for (const size_t wanted : {size_t{0}, size_t{5}, whole.size(), size_t{4095}}) {
+    *room = {static_cast<unsigned>(wanted), {}};
+    EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRDESC, room.get()), 0);
+    Bytes expected(whole.begin(),
+                   whole.begin() + static_cast<ptrdiff_t>(std::min(wanted, whole.size())));
+    expected.resize(sizeof room->value);
+    EXPECT_TRUE(std::ranges::equal(room->value, expected)) << wanted;
+  }
+  room->size = 4096;
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRDESC, room.get()), -EINVAL);
+}
+
+TEST_F(VirtualHidrawTest, HasNoSerialNumberToTell) {
+  std::array<char, 8> text = {"before"};
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGRAWUNIQ(8), text.data()), 1);
+  EXPECT_STREQ(text.data(), "");
+}
+
+TEST_F(VirtualHidrawTest, TheDeviceStallsWhatIsNoFeatureReport) {
+  Bytes report(64, 1);
+  for (const unsigned long request :
+       {HIDIOCGINPUT(64), HIDIOCSINPUT(64), HIDIOCGOUTPUT(64), HIDIOCSOUTPUT(64)}) {
+    EXPECT_EQ(kernel_.ioctl(hidraw_, request, report.data()), -EPIPE);
+  }
+  EXPECT_EQ(kernel_.ioctl(hidraw_, HIDIOCGINPUT(1), report.data()), -EINVAL);
+  EXPECT_EQ(device_.last_id, -1);
+}
+
+TEST_F(VirtualHidrawTest, ReadsTheReportsThatHiddevAskedFor) {
+  Bytes room(64);
+  device_.answer = {1, 2, 3, 4};
+  EXPECT_EQ(kernel_.poll(hidraw_), POLLOUT | POLLWRNORM);
+  ASSERT_EQ(report_request(HIDIOCGREPORT), 0);
+  ASSERT_EQ(report_request(HIDIOCGREPORT, 7), 0);
+  EXPECT_EQ(kernel_.poll(hidraw_), POLLOUT | POLLWRNORM | POLLIN | POLLRDNORM);
+  EXPECT_EQ(kernel_.read(hidraw_, room), 5);
+  EXPECT_EQ(Bytes(room.begin(), room.begin() + 5), (Bytes{1, 1, 2, 3, 4}));
+  EXPECT_EQ(kernel_.read(hidraw_, std::span(room).first(2)), 2);  // the rest of it is lost
+  EXPECT_EQ(Bytes(room.begin(), room.begin() + 2), (Bytes{7, 1}));
+  EXPECT_EQ(kernel_.read(hidraw_, room), -EAGAIN);
+}
+
+TEST_F(VirtualHidrawTest, KeepsSixtyThreeReportsUntilTheyAreRead) {
+  Bytes room(64);
+  for (int i = 0; i < 70; ++i) report_request(HIDIOCGREPORT);
+  for (int i = 0; i < 63; ++i) EXPECT_EQ(kernel_.read(hidraw_, room), 5);
+  EXPECT_EQ(kernel_.read(hidraw_, room), -EAGAIN);
+}
+
+TEST_F(VirtualHidrawTest, AReadOfNothingLosesAllThatWaits) {
+  Bytes room(64);
+  report_request(HIDIOCGREPORT);
+  report_request(HIDIOCGREPORT);
+  EXPECT_EQ(kernel_.read(hidraw_, {}), -EAGAIN);
+  EXPECT_EQ(kernel_.read(hidraw_, room), -EAGAIN);
+}
+
 TEST_F(VirtualHidrawTest, TellsUnknownRequestsByDirectionAndType) {
   std::array<uint8_t, 64> buffer{};
   EXPECT_EQ(kernel_.ioctl(hidraw_, _IOR('H', 0x7F, int), buffer.data()), -ENOTTY);
@@ -94,6 +162,8 @@ TEST_F(VirtualEventTest, GivesNamePhysAndId) {
   std::array<char, 256> text{};
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGNAME(256), text.data()), 19);
   EXPECT_STREQ(text.data(), "Zelkora Echo Mouse");
+  EXPECT_EQ(kernel_.ioctl(event_, EVIOCGUNIQ(256), text.data()), 1);
+  EXPECT_STREQ(text.data(), "");
   EXPECT_EQ(kernel_.ioctl(event_, EVIOCGPHYS(256), text.data()), 26);
   EXPECT_STREQ(text.data(), kPhys);
   input_id id{};
@@ -139,6 +209,31 @@ TEST_F(VirtualHidTest, UnpluggedDevicesAnswerNoDevice) {
   EXPECT_TRUE(kernel_.node_paths().empty());
   EXPECT_EQ(kernel_.close(hiddev_), 0);
   EXPECT_EQ(kernel_.close(hiddev_), -EBADF);
+}
+
+TEST_F(VirtualHidTest, OddLengthsAreJudgedBeforeTheDevice) {
+  std::array<uint8_t, 7> few{};
+  const int writer = kernel_.open(kEvent, O_WRONLY);
+  for (const bool plugged : {true, false}) {
+    SCOPED_TRACE(plugged);
+    if (!plugged) kernel_.unplug(attachment_);
+    EXPECT_EQ(kernel_.read(hiddev_, few), 0);
+    EXPECT_EQ(kernel_.read(hiddev_, {}), 0);
+    EXPECT_EQ(kernel_.read(event_, few), -EINVAL);
+    EXPECT_EQ(kernel_.read(event_, {}), plugged ? -EAGAIN : -ENODEV);
+    EXPECT_EQ(kernel_.write(writer, few), -EINVAL);
+    EXPECT_EQ(kernel_.write(writer, {}), plugged ? 0 : -ENODEV);
+  }
+}
+
+TEST_F(VirtualHidTest, HangUpWhenUnplugged) {
+  EXPECT_EQ(kernel_.poll(hiddev_), 0);
+  EXPECT_EQ(kernel_.poll(event_), POLLOUT | POLLWRNORM);
+  kernel_.unplug(attachment_);
+  EXPECT_EQ(kernel_.poll(hiddev_), POLLERR | POLLHUP);
+  EXPECT_EQ(kernel_.poll(hidraw_), POLLOUT | POLLWRNORM | POLLERR | POLLHUP);
+  EXPECT_EQ(kernel_.poll(event_), POLLERR | POLLHUP);
+  EXPECT_EQ(kernel_.poll(-1), POLLNVAL);
 }
 
 TEST_F(VirtualHidTest, AreOnlyThoseWithAPath) {

@@ -38,6 +38,17 @@ TEST(VirtualPanelTest, IsOfTheKindDescribed) {
   }
 }
 
+TEST(VirtualPanelTest, DescribesItsFieldsAsSignedWhenItIsToldTo) {
+  for (const bool is_signed : {false, true}) {
+    VirtualPanel panel(described(is_signed ? "resistive,signed-fields" : "resistive"));
+    const FeatureReport& report = panel.usb()->feature_reports()[0];
+    EXPECT_EQ(report.id, 1);
+    EXPECT_EQ(report.usage_count, 63U);
+    EXPECT_EQ(report.logical_minimum, is_signed ? -128 : 0);
+    EXPECT_EQ(report.logical_maximum, is_signed ? 127 : 255);
+  }
+}
+
 TEST(VirtualPanelTest, IsOnASerialPortAsDescribed) {
   VirtualPanel panel(described("serial,firmware=V2.1,beep=0,new-generation,failed-opens=1"));
   EXPECT_EQ(panel.kind(), "serial");
