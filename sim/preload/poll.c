@@ -64,7 +64,7 @@ INTERPOSED int poll(struct pollfd* fds, nfds_t count, int timeout) {
     errno = ENOMEM;
     return -1;
   }
-  const long end = milliseconds_now() + timeout;
+  const long end = milliseconds_now() + timeout + 1; /* a millisecond that has begun is not over */
   int ready = 0;
   for (;;) {
     const long left = timeout < 0 ? INPUT_POLL_MS : end - milliseconds_now();

@@ -7,11 +7,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -201,22 +203,23 @@ void ask_multiple(int fd, unsigned id) {
 }
 
 std::optional<std::array<uint8_t, 63>> field_bytes(int fd, unsigned id) {
+  const auto many = std::make_unique<hiddev_usage_ref_multi>();
+  *many = {{kFeature, id, 0, 0, 0, 0}, 63, {}};
+  if (ioctl(fd, HIDIOCGUSAGES, many.get()) < 0) return std::nullopt;
   std::array<uint8_t, 63> bytes{};
-  for (unsigned i = 0; i < bytes.size(); ++i) {
-    hiddev_usage_ref usage{kFeature, id, 0, i, 0, 0};
-    if (ioctl(fd, HIDIOCGUSAGE, &usage) < 0) return std::nullopt;
-    bytes[i] = static_cast<uint8_t>(usage.value);
-  }
+  std::ranges::transform(std::span(many->values).first(bytes.size()), bytes.begin(),
+                         [](int value) { return static_cast<uint8_t>(value); });
   return bytes;
 }
 
 // One exchange as a host does it; prints the bytes that come back.
 void exchange(int fd, const Exchange& wanted) {
-  for (unsigned i = 0; i < 63; ++i) {
-    const bool given = i + 1 < wanted.command.size();
-    hiddev_usage_ref usage{
-        kFeature, wanted.command[0], 0,
-        i,        kFirstCode + i,    given ? static_cast<int8_t>(wanted.command[i + 1]) : 0};
+  const auto blank = std::make_unique<hiddev_usage_ref_multi>();
+  *blank = {{kFeature, wanted.command[0], 0, 0, 0, 0}, 63, {}};
+  ioctl(fd, HIDIOCSUSAGES, blank.get());
+  for (unsigned i = 0; i + 1 < wanted.command.size(); ++i) {
+    hiddev_usage_ref usage{kFeature, wanted.command[0], 0,
+                           i,        kFirstCode + i,    static_cast<int8_t>(wanted.command[i + 1])};
     ioctl(fd, HIDIOCSUSAGE, &usage);
   }
   const std::string name = wanted.name;
@@ -225,7 +228,7 @@ void exchange(int fd, const Exchange& wanted) {
   report = {kFeature, wanted.reply, 1};
   show(name + " HIDIOCGREPORT", ioctl(fd, HIDIOCGREPORT, &report));
   const auto bytes = field_bytes(fd, wanted.reply);
-  if (!bytes) return void(show("  HIDIOCGUSAGE", -1));
+  if (!bytes) return void(show("  HIDIOCGUSAGES", -1));
   std::printf(" %s\n", hex(*bytes).c_str());
 }
 
@@ -298,10 +301,8 @@ void ask_hiddev(int fd, const char* node) {
   const auto bytes = field_bytes(fd, id);
   std::printf("first field: %s\n", bytes ? hex(*bytes).c_str() : "none");
   show("HIDIOCINITREPORT", ioctl(fd, HIDIOCINITREPORT, 0));
-  for (unsigned type = 0; type <= 4; ++type) {
-    ask_report_ids(fd, type);
-    ask_reports(fd, type);
-  }
+  for (const unsigned type : {unsigned{HID_REPORT_TYPE_INPUT}, kFeature}) ask_report_ids(fd, type);
+  for (unsigned type = 0; type <= 4; ++type) ask_reports(fd, type);
   ask_fields(fd);
   ask_usages(fd, id);
   ask_multiple(fd, id);

@@ -15,6 +15,7 @@ from sim_session import BUILD, SIM, SimulatorTest, run, session, without_privile
 
 
 class Panels(SimulatorTest):
+
     def test_a_program_sees_the_default_panel_on_its_hiddev_node(self):
         result = session("""
 panel = Panel()
@@ -134,6 +135,27 @@ print(Panel().name(), open("/opt/.touch_panel/rmanuflist.conf").read(), end="")
 """, "--panel", "resistive,maker=,name=,id=3a4c:16AF")
         self.assert_prints("HID 3a4c:16af HID 3a4c:16af", result)
 
+    def test_poll_sees_reports_hang_ups_and_ordinary_files(self):
+        result = session("""
+import select, time
+panel, raw = Panel(), os.open("/dev/hidraw0", os.O_RDWR | os.O_NONBLOCK)
+readable, writable = os.pipe()
+poll = select.poll()
+for fd in (panel.fd, raw, readable): poll.register(fd, select.POLLIN)
+def ready(wait): return [(names[fd], events) for fd, events in poll.poll(wait)]
+names = {panel.fd: "hiddev", raw: "hidraw", readable: "pipe"}
+before = time.monotonic()
+print(ready(50), time.monotonic() - before >= 0.05)
+panel.command("OI")
+os.write(writable, b"x")
+print(ready(-1), len(os.read(raw, 100)))
+os.read(readable, 1)
+poll.modify(panel.fd, 0)
+sim("unplug", "0")
+print(ready(-1) == [(name, select.POLLERR | select.POLLHUP) for name in ("hiddev", "hidraw")])
+""")
+        self.assert_prints("[] True\n[('hidraw', 1), ('pipe', 1)] 64\nTrue", result)
+
     def test_a_node_of_mode_000_cannot_be_opened_by_anybody(self):
         script = """
 print(*[error_of(os.open, node, os.O_RDWR)
@@ -175,6 +197,7 @@ print(panel.command("SP560000"), panel.command("SP560000"), panel.command("GP56"
 
 
 class Descriptors(SimulatorTest):
+
     def test_a_node_is_found_by_any_of_its_names(self):
         result = session("""
 os.chdir("/dev/usb")
@@ -286,6 +309,7 @@ for turn in range(200):
 
 
 class Queries(SimulatorTest):
+
     def test_outside_a_session_every_query_says_so(self):
         for words in (["value", "0", "86"], ["set", "0", "86", "1"], ["silent", "0", "on"],
                       ["unplug", "0"], ["frames", "0"], ["pos-mode", "0"], ["fault", "0", "silent"]):
@@ -330,6 +354,7 @@ print(sim("frames", "0").stdout, end="")
 
 @unittest.skipUnless(os.getuid() == 0, "only root can give its privileges up")
 class OrdinaryUser(SimulatorTest):
+
     def test_a_process_without_privileges_is_stopped_by_the_permissions_of_a_node(self):
         result = session("""
 os.setgroups([]); os.setgid(65534); os.setuid(65534)
