@@ -159,10 +159,10 @@ std::optional<Bytes> ResistiveUsb::get_feature(uint8_t id) {
 bool ResistiveSerial::opens() { return !strikes(controller_.faults.failed_opens); }
 
 void ResistiveSerial::receive(std::span<const uint8_t> bytes) {
-  // Frames are not told apart by their 0D: page data may hold that byte. The host sends one frame
-  // at a time, so what arrives together is one frame.
-  const Bytes reply = controller_.answer(bytes);
-  outgoing_.insert(outgoing_.end(), reply.begin(), reply.end());
+  for (const Bytes& frame : incoming_.add(bytes)) {
+    const Bytes reply = controller_.answer(frame);
+    outgoing_.insert(outgoing_.end(), reply.begin(), reply.end());
+  }
 }
 
 Bytes ResistiveSerial::transmit(size_t limit) {

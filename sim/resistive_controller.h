@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "command_frames.h"
 #include "hid_device.h"
 #include "serial_device.h"
 
@@ -136,6 +137,7 @@ class ResistiveSerial final : public SerialDevice {
 
  private:
   ResistiveController& controller_;
+  CommandFrames incoming_;
   std::vector<uint8_t> outgoing_;
   std::optional<LineSettings> settings_;
 };

@@ -264,6 +264,13 @@ TEST_F(ResistiveSerialTest, AnswersRawFrames) {
   EXPECT_EQ(port_.transmit(20), Bytes{});
 }
 
+TEST_F(ResistiveSerialTest, WaitsForTheRestOfAFrame) {
+  port_.receive(bytes_of("\x01O"));
+  EXPECT_EQ(port_.transmit(20), Bytes{});
+  port_.receive(bytes_of("I\r"));
+  EXPECT_EQ(port_.transmit(20), frame("V1.2"));
+}
+
 TEST_F(ResistiveSerialTest, KeepsWhatWasNotRead) {
   port_.receive(frame("ZZ"));
   EXPECT_EQ(port_.transmit(2), (Bytes{0x01, '1'}));
