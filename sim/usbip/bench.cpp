@@ -6,8 +6,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
+#include <variant>
 
 #include "typed_text.h"
 
@@ -45,12 +47,14 @@ std::vector<std::string> give_permissions(const PanelDescription& description,
 
 }  // namespace
 
-Bench::Bench(Trace trace) : trace_(std::move(trace)) {}
+Bench::Bench(LineEnds line_ends, Trace trace)
+    : line_ends_(std::move(line_ends)), trace_(std::move(trace)) {}
 Bench::~Bench() = default;
 
 std::vector<std::string> Bench::plug(const PanelDescription& description) {
-  if (is_serial(description)) {
-    throw std::runtime_error("a serial panel is not on USB");
+  if (const auto* serial = std::get_if<SerialDescription>(&description.controller)) {
+    panels_.push_back({std::make_unique<VirtualPanel>(description), description});
+    return plug_serial(serial->port);
   }
   if (!description.on_hidraw) {
     throw std::runtime_error(
@@ -60,20 +64,45 @@ std::vector<std::string> Bench::plug(const PanelDescription& description) {
   panels_.push_back({std::make_unique<VirtualPanel>(description), description});
   VirtualPanel& panel = *panels_.back().panel;
   const size_t number = panels_.size() - 1;
-  panel.set_on_reset([this, number] { server_.replug(number); });
-  panel.usb()->set_on_unplug([this, number] {
+  const size_t usb = usb_number(number);
+  panel.set_on_reset([this, usb] { server_.replug(usb); });
+  panel.usb()->set_on_unplug([this, number, usb] {
     panels_[number].plugged = false;
-    server_.drop(number);
+    server_.drop(usb);
   });
   return give_permissions(description, server_.plug(panel.usb_interfaces(), trace_of(number)));
+}
+
+std::vector<std::string> Bench::plug_serial(const std::string& port) {
+  if (port.empty()) throw std::runtime_error("which port is it on? serial,port=NAME");
+  const auto end = line_ends_.find(port);
+  if (end == line_ends_.end()) {
+    throw std::runtime_error("where does the line of port " + port + " end? --line " + port +
+                             "=PATH");
+  }
+  const size_t number = panels_.size() - 1;
+  const auto line = lines_.try_emplace(number, *panels_[number].panel->serial(), end->second).first;
+  server_.also_serve(line->second);
+  return {port};
+}
+
+// The server numbers those on USB alone.
+size_t Bench::usb_number(size_t number) const {
+  return number - static_cast<size_t>(std::distance(lines_.begin(), lines_.lower_bound(number)));
 }
 
 std::optional<std::vector<std::string>> Bench::plug(size_t number) {
   Panel& panel = panels_[number];
   if (panel.plugged) return std::nullopt;
-  const std::vector<UsbNodes> nodes = server_.plug_again(number);
+  std::vector<std::string> nodes;
+  if (const auto* serial = std::get_if<SerialDescription>(&panel.description.controller)) {
+    lines_.at(number).plug();
+    nodes = {serial->port};
+  } else {
+    nodes = give_permissions(panel.description, server_.plug_again(usb_number(number)));
+  }
   panel.plugged = true;
-  return give_permissions(panel.description, nodes);
+  return nodes;
 }
 
 Trace Bench::trace_of(size_t number) const {
@@ -85,7 +114,11 @@ Trace Bench::trace_of(size_t number) const {
 
 bool Bench::unplug(size_t number) {
   if (!std::exchange(panels_[number].plugged, false)) return false;
-  server_.unplug(number);
+  if (const auto line = lines_.find(number); line != lines_.end()) {
+    line->second.unplug();
+  } else {
+    server_.unplug(usb_number(number));
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 // The plugged panels and the queries to them.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +13,7 @@
 
 #include "panel_description.h"
 #include "panel_queries.h"
+#include "serial_line.h"
 #include "usbip_server.h"
 
 namespace zelkora::sim {
@@ -19,14 +21,17 @@ namespace zelkora::sim {
 // Failures are thrown as std::runtime_error with a text for the user.
 class Bench final : public PluggedPanels {
  public:
-  // Receives a line for each feature report, see VirtualKernel::set_trace(), and for each time that
-  // a panel comes or goes, "panel NUMBER " in front; it may be empty.
-  explicit Bench(Trace trace = {});
+  // Where the controllers' own ends of the serial lines are, by the name of the host's port.
+  using LineEnds = std::map<std::string, std::string, std::less<>>;
+
+  // The trace receives a line for each feature report, see VirtualKernel::set_trace(), and for each
+  // time that a panel comes or goes, "panel NUMBER " in front; it may be empty.
+  explicit Bench(LineEnds line_ends = {}, Trace trace = {});
   ~Bench();
   Bench(const Bench&) = delete;
   Bench& operator=(const Bench&) = delete;
 
-  // Returns the nodes that the kernel made.
+  // Returns the nodes that the kernel made, or the port that a serial panel is on.
   std::vector<std::string> plug(const PanelDescription& description);
 
   size_t size() const override { return panels_.size(); }
@@ -49,11 +54,15 @@ class Bench final : public PluggedPanels {
     bool plugged = true;
   };
 
+  std::vector<std::string> plug_serial(const std::string& port);
+  size_t usb_number(size_t number) const;
   Trace trace_of(size_t number) const;
 
+  LineEnds line_ends_;
   Trace trace_;
-  // Declared before the server, so that it outlives it.
+  // Declared before the server, so that they outlive it.
   std::vector<Panel> panels_;
+  std::map<size_t, SerialLine> lines_;  // of the serial panels, by their numbers
   UsbipServer server_;
 };
 

@@ -24,17 +24,20 @@ constexpr char kUsage[] =
     "Plugs virtual touch controllers into the running kernel, and answers for them until its\n"
     "input ends. Needs root and the kernel module vhci-hcd.\n"
     "\n"
-    "Usage: zelkora-usbip [--trace FILE] DESCRIPTION...\n"
+    "Usage: zelkora-usbip [OPTION]... DESCRIPTION...\n"
     "\n"
-    "The controllers are plugged in one after another. For each it prints \"plugged NUMBER HIDDEV\n"
-    "HIDRAW EVENT\", with the nodes that the kernel made, a pen's three behind them and \"-\" for\n"
-    "one that does not exist, and at last \"ready\". From then on it takes queries, a line each, "
-    "and\n"
-    "answers each with a line: with \"ok\" when there is nothing to say, with how many and \" | \" "
-    "in\n"
-    "front of each for frames, or with \"error: \" and the reason. PANEL counts from 0.\n"
+    "  --line PORT=PATH  the line of a serial port ends at this terminal: there a panel that is\n"
+    "                    described as on PORT sits, serial,port=PORT. What a host sets up at its\n"
+    "                    own end does not show there, and opening it never fails.\n"
+    "  --trace FILE      write each feature report to FILE, and when a controller comes or goes\n"
     "\n"
-    "  --trace FILE  write each feature report to FILE, and when a controller comes or goes\n"
+    "The controllers are plugged in one after another. For each it prints \"plugged NUMBER\"\n"
+    "and the nodes that the kernel made, \"HIDDEV HIDRAW EVENT\", a pen's three behind them and\n"
+    "\"-\" for one that does not exist, or the port of a serial panel, and at last \"ready\". "
+    "From\n"
+    "then on it takes queries, a line each, and answers each with a line: with \"ok\" when there\n"
+    "is nothing to say, with how many and \" | \" in front of each for frames, or with\n"
+    "\"error: \" and the reason. PANEL counts from 0.\n"
     "\n";
 
 void print_help(std::FILE* file) {
@@ -67,19 +70,47 @@ std::vector<zelkora::sim::PanelDescription> parse_panels(std::span<char* const> 
   return descriptions;
 }
 
+struct Options {
+  zelkora::sim::Bench::LineEnds line_ends;
+  const char* trace_file = nullptr;
+};
+
+// Takes the options off the front of the arguments.
+Options take_options(std::span<char* const>& arguments) {
+  Options options;
+  while (!arguments.empty() && std::string_view(arguments[0]).starts_with("--")) {
+    const std::string_view name = arguments[0];
+    const std::string_view value = arguments.size() > 1 ? arguments[1] : "";
+    const size_t equals = value.find('=');
+    if (name == "--line" && equals != value.npos) {
+      options.line_ends.insert_or_assign(std::string(value.substr(0, equals)),
+                                         value.substr(equals + 1));
+    } else if (name == "--trace" && !value.empty()) {
+      options.trace_file = arguments[1];
+    } else {
+      throw std::runtime_error("it takes --line PORT=PATH and --trace FILE, not " +
+                               std::string(name) + " " + std::string(value));
+    }
+    arguments = arguments.subspan(2);
+  }
+  return options;
+}
+
 // Each line is in the file before the controller goes on. Without a name nothing is traced.
 zelkora::sim::Trace trace_into(std::ofstream& file, const char* name) {
   if (name == nullptr) return {};
-  file.open(name);
+  file.open(name, std::ios::app);
   if (!file)
     throw std::runtime_error(std::string("cannot write ") + name + ": " + std::strerror(errno));
   return [&file](const std::string& line) { file << line << std::endl; };
 }
 
-void run(const std::vector<zelkora::sim::PanelDescription>& descriptions, const char* trace_file) {
+void run(std::span<char* const> arguments) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // an answer must not wait for the next one
+  const Options options = take_options(arguments);
+  const auto descriptions = parse_panels(arguments);
   std::ofstream trace;
-  zelkora::sim::Bench bench(trace_into(trace, trace_file));
+  zelkora::sim::Bench bench(options.line_ends, trace_into(trace, options.trace_file));
   for (size_t i = 0; i < descriptions.size(); ++i) {
     const std::vector<std::string> nodes = bench.plug(descriptions[i]);
     std::puts(zelkora::sim::plugged_line(i, nodes).c_str());
@@ -91,22 +122,17 @@ void run(const std::vector<zelkora::sim::PanelDescription>& descriptions, const 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::span<char* const> words(argv + 1, static_cast<size_t>(argc - 1));
+  const std::span<char* const> words(argv + 1, static_cast<size_t>(argc - 1));
   if (!words.empty() && std::string_view(words[0]) == "--help") {
     print_help(stdout);
     return 0;
-  }
-  const char* trace_file = nullptr;
-  if (words.size() > 1 && std::string_view(words[0]) == "--trace") {
-    trace_file = words[1];
-    words = words.subspan(2);
   }
   if (words.empty()) {
     print_help(stderr);
     return 2;
   }
   try {
-    run(parse_panels(words), trace_file);
+    run(words);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "zelkora-usbip: %s\n", error.what());

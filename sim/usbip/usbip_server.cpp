@@ -251,12 +251,15 @@ bool UsbipServer::serve(int descriptor, int milliseconds) {
     if (plug->is_away()) milliseconds = kLookAgainMilliseconds;
     wanted.push_back({plug->socket(), POLLIN, 0});
   }
+  for (const SerialLine* line : lines_) wanted.push_back({line->descriptor(), POLLIN, 0});
   if (poll(wanted.data(), wanted.size(), milliseconds) < 0) {
     if (errno == EINTR) return false;
     throw failure("poll");
   }
   for (size_t i = 0; i < plugs_.size(); ++i)
-    if (wanted[i + 1].revents != 0) plugs_[i]->serve();
+    if (wanted[1 + i].revents != 0) plugs_[i]->serve();
+  for (size_t i = 0; i < lines_.size(); ++i)
+    if (wanted[1 + plugs_.size() + i].revents != 0) lines_[i]->serve();
   return wanted[0].revents != 0;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "serial_line.h"
 #include "usb_interface.h"
 #include "usbip_session.h"
 
@@ -55,6 +56,9 @@ class UsbipServer {
   // device may ask for this in the midst of a request; it is done while the kernel is answered.
   void replug(size_t number);
 
+  // Serves a serial line at the same time. It must outlive the server.
+  void also_serve(SerialLine& line) { lines_.push_back(&line); }
+
   // Answers the kernel until this descriptor can be read.
   void serve_until_readable(int descriptor);
 
@@ -67,6 +71,7 @@ class UsbipServer {
   bool serve_until(Condition condition);
 
   std::vector<std::unique_ptr<Plug>> plugs_;
+  std::vector<SerialLine*> lines_;
 };
 
 }  // namespace zelkora::sim
