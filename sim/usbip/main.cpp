@@ -32,12 +32,11 @@ constexpr char kUsage[] =
     "  --trace FILE      write each feature report to FILE, and when a controller comes or goes\n"
     "\n"
     "The controllers are plugged in one after another. For each it prints \"plugged NUMBER\"\n"
-    "and the nodes that the kernel made, \"HIDDEV HIDRAW EVENT\", a pen's three behind them and\n"
-    "\"-\" for one that does not exist, or the port of a serial panel, and at last \"ready\". "
-    "From\n"
-    "then on it takes queries, a line each, and answers each with a line: with \"ok\" when there\n"
-    "is nothing to say, with how many and \" | \" in front of each for frames, or with\n"
-    "\"error: \" and the reason. PANEL counts from 0.\n"
+    "and the nodes that the kernel made, \"HIDDEV HIDRAW EVENT\", a pen's three behind them\n"
+    "and \"-\" for one that does not exist, or the port of a serial panel, and at last\n"
+    "\"ready\". From then on it takes queries, a line each, and answers each with a line:\n"
+    "with \"ok\" when there is nothing to say, with how many and \" | \" in front of each for\n"
+    "frames, or with \"error: \" and the reason. PANEL counts from 0.\n"
     "\n";
 
 void print_help(std::FILE* file) {
