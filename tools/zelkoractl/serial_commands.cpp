@@ -28,6 +28,17 @@ std::string enter_unit_directory() {
   return std::filesystem::current_path(error).string();
 }
 
+// The library starts the daemons before it writes their units, so the first start of a panel that
+// the machine has not seen before failed.
+void start_daemons() {
+  int index = 0;
+  for (const TouchDeviceEntry& entry : TouchDevice) {
+    if (entry.Type != ZELKORA_TYPE_RESISTIVE_SERIAL) continue;
+    if (GetPid(index + 1) == 0) EnableRS232(index, text_of(entry.Name, sizeof entry.Name).c_str());
+    ++index;
+  }
+}
+
 struct SerialPanel {
   Panel panel;
   int slot;  // in the list, from 0; its daemon has the same number
@@ -97,6 +108,7 @@ Answer refresh_serial() {
   {
     const SignalsHeld held;
     RefreshSerialDevice();
+    start_daemons();
   }
   Answer answer = list_panels();
   answer.document["unit_directory"] = units;
