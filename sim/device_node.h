@@ -21,6 +21,8 @@ class DeviceNode {
   virtual ~DeviceNode() = default;
 
   virtual int open() { return 0; }
+  // A descriptor that was opened is closed.
+  virtual void close() {}
   virtual int ioctl(unsigned long request, void* argument) = 0;
   virtual ssize_t read(std::span<uint8_t> room) = 0;
   virtual ssize_t write(std::span<const uint8_t> bytes) = 0;

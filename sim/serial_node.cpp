@@ -10,6 +10,7 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "request_name.h"
@@ -41,11 +42,25 @@ KernelTermios SerialNode::initial_settings() {
   settings.output = OPOST | ONLCR;
   settings.control = B9600 | CS8 | CREAD | HUPCL | CLOCAL;
   settings.local = ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHOCTL | ECHOKE | IEXTEN;
-  settings.characters[VMIN] = 1;
+  constexpr std::pair<int, uint8_t> kCharacters[] = {
+      {VINTR, 0x03},   {VQUIT, 0x1C},  {VERASE, 0x7F}, {VKILL, 0x15},    {VEOF, 0x04},
+      {VMIN, 1},       {VSTART, 0x11}, {VSTOP, 0x13},  {VREPRINT, 0x12}, {VDISCARD, 0x0F},
+      {VWERASE, 0x17}, {VLNEXT, 0x16}, {VSUSP, 0x1A},
+  };
+  for (const auto& [name, character] : kCharacters) settings.characters[name] = character;
   return settings;
 }
 
-int SerialNode::open() { return device_.opens() ? 0 : -EIO; }
+int SerialNode::open() {
+  if (!device_.opens()) return -EIO;
+  ++descriptors_;
+  return 0;
+}
+
+// A port that nobody has open keeps its settings, and nothing that came.
+void SerialNode::close() {
+  if (--descriptors_ == 0) device_.discard();
+}
 
 int SerialNode::ioctl(unsigned long request, void* argument) {
   if (gone()) return -EIO;

@@ -28,6 +28,7 @@ class SerialNode final : public DeviceNode {
   explicit SerialNode(SerialDevice& device) : device_(device) {}
 
   int open() override;
+  void close() override;
   int ioctl(unsigned long request, void* argument) override;
   ssize_t read(std::span<uint8_t> room) override;
   ssize_t write(std::span<const uint8_t> bytes) override;
@@ -39,6 +40,7 @@ class SerialNode final : public DeviceNode {
   int flush(int queue);
 
   SerialDevice& device_;
+  unsigned descriptors_ = 0;
   KernelTermios settings_ = initial_settings();
 
   static KernelTermios initial_settings();

@@ -86,6 +86,22 @@ TEST_F(VirtualSerialTest, FailsToOpenWhenTheDeviceDoes) {
   EXPECT_EQ(trace_, (Lines{"open /dev/ttyS0 O_RDWR -> EIO", "open /dev/ttyS0 O_RDWR"}));
 }
 
+TEST_F(VirtualSerialTest, DropsWhatWaitsWhenNobodyHasItOpen) {
+  KernelTermios settings{};
+  settings.control = B9600 | CS8 | CREAD | CLOCAL;
+  kernel_.ioctl(handle_, TCSETS, &settings);
+  const int other = kernel_.open(kSerial, O_RDWR);
+  port_.waiting = {1, 2};
+  kernel_.close(handle_);
+  EXPECT_EQ(port_.waiting.size(), 2U);
+  kernel_.close(other);
+  EXPECT_TRUE(port_.waiting.empty());
+  handle_ = kernel_.open(kSerial, O_RDWR);
+  KernelTermios kept{};
+  kernel_.ioctl(handle_, TCGETS, &kept);
+  EXPECT_EQ(kept.control, settings.control);
+}
+
 TEST_F(VirtualSerialTest, StartsWithTheSettingsOfTheKernel) {
   KernelTermios settings{};
   EXPECT_EQ(kernel_.ioctl(handle_, TCGETS, &settings), 0);
@@ -93,8 +109,9 @@ TEST_F(VirtualSerialTest, StartsWithTheSettingsOfTheKernel) {
   EXPECT_EQ(settings.output, 0x5U);
   EXPECT_EQ(settings.control, 0xCBDU);
   EXPECT_EQ(settings.local, 0x8A3BU);
-  EXPECT_EQ(settings.characters[VMIN], 1);
-  EXPECT_EQ(settings.characters[VTIME], 0);
+  constexpr uint8_t kCharacters[] = {0x03, 0x1C, 0x7F, 0x15, 0x04, 0x00, 0x01, 0x00, 0x11, 0x13,
+                                     0x1A, 0x00, 0x12, 0x0F, 0x17, 0x16, 0x00, 0x00, 0x00};
+  EXPECT_TRUE(std::ranges::equal(settings.characters, kCharacters));
   EXPECT_TRUE(port_.heard.empty());
   EXPECT_EQ(trace_, Lines{"ioctl TCGETS"});
 }
