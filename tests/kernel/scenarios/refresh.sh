@@ -52,6 +52,8 @@ expect "exit code while the daemon runs" "$code" 1
 expect_match "message" "$errors" "/dev/ttyS1: panel 0 cannot be opened"
 expect "right-time in the controller" "$(bench value 0 $right_time)" 4
 
+# A rule that is there is the administrator's.
+echo "# mine" >>$rule
 zelkoractl --debug serial refresh
 expect "exit code" "$code" 0
 expect_match "the daemon is seen" "$errors" "pid=$first"
@@ -60,6 +62,7 @@ expect_match "the panel is asked" "$errors" "GetFirmware FW = V1.2"
 second=$(systemctl show -P MainPID "$service")
 expect "the daemon" "$(daemon)" "$second"
 [[ $second != "$first" ]] || fail "the daemon is the old one"
+expect "last line of the rule" "$(tail -n 1 $rule)" "# mine"
 
 zelkoractl serial disable 0
 expect "exit code" "$code" 0

@@ -78,3 +78,10 @@ expect "exit code" "$code" 0
 expect "it is asked for its firmware four times" \
     "$(grep -c "GetFirmware FW = V3.0" <<<"$errors")" 4
 expect "the list keeps what it held" "$(sed -n 2p $panel_list)" FW1=V2.1
+
+# The kernel log forgets the ports in time.
+dmesg >/run/results/dmesg.log
+dmesg --clear
+zelkoractl --debug serial refresh
+expect "exit code" "$code" 0
+expect "ports asked" "$(grep -c "filename /dev/" <<<"$errors" || true)" 0
