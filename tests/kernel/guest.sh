@@ -52,10 +52,10 @@ attach() {  # DESCRIPTION...
     [[ ${words[*]} == ready ]] || fail "the controllers could not be plugged in"
 }
 
-note_nodes() {  # PANEL HIDDEV HIDRAW EVENT [PEN-HIDDEV PEN-HIDRAW PEN-EVENT]
+note_nodes() {  # PANEL HIDDEV HIDRAW EVENT [PEN-HIDDEV PEN-HIDRAW PEN-EVENT]; or PANEL PORT
     hiddev[$1]=$2
-    hidraw[$1]=$3
-    event[$1]=$4
+    hidraw[$1]=${3:--}
+    event[$1]=${4:--}
     pen_hidraw[$1]=${6:--}
     pen_event[$1]=${7:--}
     echo "panel $1 is plugged in: ${*:2}"
