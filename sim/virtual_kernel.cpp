@@ -219,7 +219,7 @@ int VirtualKernel::open(std::string_view path, int flags) {
 int VirtualKernel::close(int handle) {
   const OpenFile* file = state_->file(handle);
   if (file == nullptr) return -EBADF;
-  if (!file->unplugged) file->node->close();  // the device may be gone
+  if (!file->node->gone()) file->node->close();
   state_->report("close " + file->path, 0);
   state_->files.erase(handle);
   return 0;
