@@ -66,6 +66,8 @@ constexpr Key<ResistiveFaults> kSerialKeys[] = {
      kResistiveCount<&ResistiveFaults::streamed_reports>},
     {"failed-opens", "COUNT", kCounts, "fails to open COUNT times, with EIO",
      kResistiveCount<&ResistiveFaults::failed_opens>},
+    {"no-hardware", kSwitch, "", "its port is a bare node that opens, and all else gives EIO",
+     set_switch<ResistiveFaults, &ResistiveFaults::no_hardware>},
 };
 
 template <unsigned PctFaults::*kCounter>

@@ -13,8 +13,8 @@
 
 namespace zelkora::sim {
 
-// Sets one fault, such as `silent`, `hangs=off` or `bad-checksums=2`. Nothing: there is no fault of this name.
-// Otherwise what is wrong with it, or an empty text.
+// Sets one fault, such as `silent`, `hangs=off` or `bad-checksums=2`. Nothing: there is no fault of
+// this name. Otherwise what is wrong with it, or an empty text.
 std::optional<std::string> apply_fault(std::string_view text, UsbFaults& faults);
 std::optional<std::string> apply_fault(std::string_view text, ResistiveFaults& faults);
 std::optional<std::string> apply_fault(std::string_view text, PctFaults& faults);

@@ -57,8 +57,8 @@ inline bool is_serial(const PanelDescription& panel) {
   return std::holds_alternative<SerialDescription>(panel.controller);
 }
 
-// Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1` or `serial,port=ttyS0`. A value with a comma stands
-// in double quotes. Returns what is wrong with it, or an empty text.
+// Reads text such as `resistive,firmware=V1.2,id=3A4C:1688,word86=1` or `serial,port=ttyS0`. A value
+// with a comma stands in double quotes. Returns what is wrong with it, or an empty text.
 std::string parse_panel(std::string_view text, PanelDescription& panel);
 
 // The kinds and keys, for --help.

@@ -29,6 +29,7 @@ struct ResistiveFaults {
   bool streaming = false;         // coordinate reports instead of replies
   unsigned streamed_reports = 0;  // this many reads give coordinate reports instead of replies
   unsigned failed_opens = 0;      // this many times the port cannot be opened
+  bool no_hardware = false;       // the port has a node and no UART
 };
 
 class ResistiveController {
@@ -129,6 +130,7 @@ class ResistiveSerial final : public SerialDevice {
   std::vector<uint8_t> transmit(size_t limit) override;
   bool has_bytes() const override;
   void discard() override { outgoing_.clear(); }
+  bool has_hardware() const override { return !controller_.faults.no_hardware; }
   bool opens() override;
   void configure(const LineSettings& settings) override { settings_ = settings; }
 

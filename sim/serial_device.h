@@ -29,6 +29,9 @@ class SerialDevice {
   // Forgets the bytes that wait for the host.
   virtual void discard() {}
 
+  // False: nothing sits behind the port's node. It opens, and all else fails.
+  virtual bool has_hardware() const { return true; }
+
   // False: the port fails to open this time.
   virtual bool opens() { return true; }
 

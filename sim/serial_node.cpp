@@ -63,7 +63,7 @@ void SerialNode::close() {
 }
 
 int SerialNode::ioctl(unsigned long request, void* argument) {
-  if (gone()) return -EIO;
+  if (!works()) return -EIO;
   switch (request) {
     case TCGETS:
       std::memcpy(argument, &settings_, sizeof settings_);
@@ -97,6 +97,7 @@ int SerialNode::flush(int queue) {
 // A port that is gone hangs up: end of file for readers, errors for everything else.
 ssize_t SerialNode::read(std::span<uint8_t> room) {
   if (gone()) return 0;
+  if (!works()) return -EIO;
   if (room.empty()) return 0;
   const std::vector<uint8_t> bytes = device_.transmit(room.size());
   if (bytes.empty()) return -EAGAIN;
@@ -105,7 +106,7 @@ ssize_t SerialNode::read(std::span<uint8_t> room) {
 }
 
 ssize_t SerialNode::write(std::span<const uint8_t> bytes) {
-  if (gone()) return -EIO;
+  if (!works()) return -EIO;
   device_.receive(bytes);
   return static_cast<ssize_t>(bytes.size());
 }
@@ -113,6 +114,7 @@ ssize_t SerialNode::write(std::span<const uint8_t> bytes) {
 int SerialNode::poll() {
   constexpr int kIn = POLLIN | POLLRDNORM, kOut = POLLOUT | POLLWRNORM;
   if (gone()) return kIn | kOut | POLLERR | POLLHUP;
+  if (!works()) return 0;
   return device_.has_bytes() ? kIn | kOut : kOut;
 }
 

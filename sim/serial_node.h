@@ -36,6 +36,7 @@ class SerialNode final : public DeviceNode {
   std::string describe(unsigned long request, const void* argument) const override;
 
  private:
+  bool works() const { return !gone() && device_.has_hardware(); }
   void set_up(const void* settings);
   int flush(int queue);
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// Asks the nodes of one panel everything that a host may ask, right and wrong, and prints what came
-// back. Nodes of the real kernel and of the virtual one must give the same text.
+// Asks the nodes of one panel everything that a host may ask, right and wrong, or makes one exchange
+// over each, and prints what came back. Nodes of the real kernel and of the virtual one must give the same text.
 #include <fcntl.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
@@ -11,6 +11,8 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <vector>
 
 #include "answers.h"
 #include "hiddev_questions.h"
@@ -41,7 +43,27 @@ void ask_unplugged_event(int fd) {
   ask_others(fd, "event");
 }
 
-constexpr const char* kNames[] = {"hiddev", "hidraw", "event"};
+struct Node {
+  const char* name;
+  const char* path = "-";
+  int fd = -1;
+  pid_t reader = 0;
+
+  bool exists() const { return std::strcmp(path, "-") != 0; }
+};
+
+// In the order of the arguments.
+struct Nodes {
+  Node hiddev{"hiddev"};
+  Node hidraw{"hidraw"};
+  Node event{"event"};
+
+  std::vector<Node*> existing() {
+    std::vector<Node*> list{&hiddev, &hidraw, &event};
+    std::erase_if(list, [](const Node* node) { return !node->exists(); });
+    return list;
+  }
+};
 
 // A process that waits for input. What it gets is its exit code.
 pid_t start_reader(const char* path) {
@@ -49,43 +71,61 @@ pid_t start_reader(const char* path) {
   if (child != 0) return child;
   std::array<uint8_t, 64> bytes{};
   const int fd = open(path, O_RDONLY);
-  const ssize_t count = fd < 0 ? 0 : read(fd, bytes.data(), bytes.size());
+  const ssize_t count = fd < 0 ? -1 : read(fd, bytes.data(), bytes.size());
   _exit(count < 0 ? errno : 0);
 }
 
-void show_reader(const char* name, pid_t child) {
+void show_reader(const Node& node) {
   int status = 0;
-  waitpid(child, &status, 0);
+  waitpid(node.reader, &status, 0);
   errno = WEXITSTATUS(status);
-  show(std::string(name) + " read that waited", errno == 0 ? 0 : -1);
+  show(std::string(node.name) + " read that waited", errno == 0 ? 0 : -1);
 }
 
-int run(char** paths) {
-  std::array<int, 3> nodes{};
-  std::array<pid_t, 3> readers{};
-  for (size_t i = 0; i < nodes.size(); ++i) {
-    nodes[i] = open(paths[i], O_RDWR | O_NONBLOCK);
-    if (nodes[i] < 0) {
-      std::perror(paths[i]);
-      return 1;
-    }
+void ask_everything(Nodes& nodes) {
+  if (nodes.hiddev.exists()) ask_hiddev(nodes.hiddev.fd, nodes.hiddev.path);
+  if (nodes.hidraw.exists()) ask_hidraw(nodes.hidraw.fd);
+  if (nodes.event.exists()) ask_event(nodes.event.fd);
+  for (const Node* node : nodes.existing()) ask_opens(node->path, node->name);
+}
+
+// A request that is not answered takes the real kernel up to ten seconds.
+void ask_one_exchange(const Nodes& nodes) {
+  if (nodes.hiddev.exists()) exchange_over_hiddev(nodes.hiddev.fd);
+  if (nodes.hidraw.exists()) exchange_over_hidraw(nodes.hidraw.fd);
+}
+
+void ask_unplugged(Nodes& nodes) {
+  std::puts("unplugged");
+  for (const Node* node : nodes.existing()) show_reader(*node);
+  for (const Node* node : nodes.existing()) {
+    show(node->name, open(node->path, O_RDWR | O_NONBLOCK));
   }
-  ask_hiddev(nodes[0], paths[0]);
-  ask_hidraw(nodes[1]);
-  ask_event(nodes[2]);
-  for (size_t i = 0; i < nodes.size(); ++i) ask_opens(paths[i], kNames[i]);
+  if (nodes.hiddev.exists()) ask_unplugged_hiddev(nodes.hiddev.fd);
+  if (nodes.hidraw.exists()) ask_unplugged_hidraw(nodes.hidraw.fd);
+  if (nodes.event.exists()) ask_unplugged_event(nodes.event.fd);
+}
+
+int run(Nodes nodes, bool one_exchange) {
+  for (Node* node : nodes.existing()) {
+    node->fd = open(node->path, O_RDWR | O_NONBLOCK);
+    if (node->fd >= 0) continue;
+    std::perror(node->path);
+    return 1;
+  }
+  if (one_exchange) {
+    ask_one_exchange(nodes);
+  } else {
+    ask_everything(nodes);
+  }
   std::fflush(stdout);
-  for (size_t i = 0; i < nodes.size(); ++i) readers[i] = start_reader(paths[i]);
+  for (Node* node : nodes.existing()) node->reader = start_reader(node->path);
   usleep(100'000);  // the readers wait by then
   std::puts("now unplug");
   std::fflush(stdout);
   while (getchar() != EOF) {
   }
-  for (size_t i = 0; i < nodes.size(); ++i) show_reader(kNames[i], readers[i]);
-  for (size_t i = 0; i < nodes.size(); ++i) show(kNames[i], open(paths[i], O_RDWR | O_NONBLOCK));
-  ask_unplugged_hiddev(nodes[0]);
-  ask_unplugged_hidraw(nodes[1]);
-  ask_unplugged_event(nodes[2]);
+  ask_unplugged(nodes);
   return 0;
 }
 
@@ -93,10 +133,15 @@ int run(char** paths) {
 }  // namespace zelkora::probe
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    std::fputs("Usage: hid-probe HIDDEV HIDRAW EVENT; asks again, unplugged, when its input ends\n",
-               stderr);
+  const bool one_exchange = argc > 1 && std::strcmp(argv[1], "--one-exchange") == 0;
+  char** paths = argv + (one_exchange ? 2 : 1);
+  if (argv + argc - paths != 3) {
+    std::fputs(
+        "Usage: hid-probe [--one-exchange] HIDDEV HIDRAW EVENT\n"
+        "\"-\" stands for a node that does not exist; asks again, unplugged, when its input ends\n",
+        stderr);
     return 2;
   }
-  return zelkora::probe::run(argv + 1);
+  return zelkora::probe::run({{"hiddev", paths[0]}, {"hidraw", paths[1]}, {"event", paths[2]}},
+                             one_exchange);
 }

@@ -213,10 +213,12 @@ std::optional<std::array<uint8_t, 63>> field_bytes(int fd, unsigned id) {
 }
 
 // One exchange as a host does it; prints the bytes that come back.
-void exchange(int fd, const Exchange& wanted) {
+void exchange(int fd, const Exchange& wanted, unsigned pause_us = 0) {
   const auto blank = std::make_unique<hiddev_usage_ref_multi>();
   *blank = {{kFeature, wanted.command[0], 0, 0, 0, 0}, 63, {}};
+  // The first such request reads every report of the panel.
   ioctl(fd, HIDIOCSUSAGES, blank.get());
+  usleep(pause_us);
   for (unsigned i = 0; i + 1 < wanted.command.size(); ++i) {
     hiddev_usage_ref usage{kFeature, wanted.command[0], 0,
                            i,        kFirstCode + i,    static_cast<int8_t>(wanted.command[i + 1])};
@@ -225,8 +227,10 @@ void exchange(int fd, const Exchange& wanted) {
   const std::string name = wanted.name;
   hiddev_report_info report{kFeature, wanted.command[0], 1};
   show(name + " HIDIOCSREPORT", ioctl(fd, HIDIOCSREPORT, &report));
+  usleep(pause_us);
   report = {kFeature, wanted.reply, 1};
   show(name + " HIDIOCGREPORT", ioctl(fd, HIDIOCGREPORT, &report));
+  usleep(pause_us);
   const auto bytes = field_bytes(fd, wanted.reply);
   if (!bytes) return void(show("  HIDIOCGUSAGES", -1));
   std::printf(" %s\n", hex(*bytes).c_str());
@@ -312,6 +316,8 @@ void ask_hiddev(int fd, const char* node) {
   ask_events(fd, is_pct(fd) ? 0xF2 : 0x01);
   ask_others(fd, "hiddev");
 }
+
+void exchange_over_hiddev(int fd) { exchange(fd, exchanges(is_pct(fd))[0], kNoticedUs); }
 
 void ask_unplugged_hiddev(int fd) {
   constexpr Request kRequests[] = {

@@ -8,5 +8,6 @@ namespace zelkora::probe {
 
 void ask_hiddev(int fd, const char* node);
 void ask_unplugged_hiddev(int fd);
+void exchange_over_hiddev(int fd);
 
 }  // namespace zelkora::probe

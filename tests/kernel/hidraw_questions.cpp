@@ -4,6 +4,7 @@
 
 #include <linux/hidraw.h>
 #include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -20,16 +21,15 @@ namespace {
 using Report = std::array<uint8_t, 1024>;
 
 // One exchange as a host does it: sent in the length that the device knows, asked for in any.
-void exchange(int fd, const Exchange& wanted) {
-  for (const unsigned size : {64u, 65u, 512u, 5u, 2u, 1u, 0u}) {
-    const std::string label = std::string(wanted.name) + ' ' + std::to_string(size);
-    Report report{};
-    std::ranges::copy(wanted.command, report.begin());
-    show(label + " HIDIOCSFEATURE", ioctl(fd, HIDIOCSFEATURE(64), report.data()));
-    report = {wanted.reply};
-    if (show(label + " HIDIOCGFEATURE", ioctl(fd, HIDIOCGFEATURE(size), report.data()))) {
-      std::printf(" %s\n", hex(report).c_str());
-    }
+void exchange(int fd, const Exchange& wanted, unsigned size, unsigned pause_us = 0) {
+  const std::string label = std::string(wanted.name) + ' ' + std::to_string(size);
+  Report report{};
+  std::ranges::copy(wanted.command, report.begin());
+  show(label + " HIDIOCSFEATURE", ioctl(fd, HIDIOCSFEATURE(64), report.data()));
+  usleep(pause_us);
+  report = {wanted.reply};
+  if (show(label + " HIDIOCGFEATURE", ioctl(fd, HIDIOCGFEATURE(size), report.data()))) {
+    std::printf(" %s\n", hex(report).c_str());
   }
 }
 
@@ -84,7 +84,9 @@ void ask_hidraw(int fd) {
   ask_ids(fd, "HIDIOCSFEATURE", HIDIOCSFEATURE(64));
   Report report{0xF2};
   const bool is_pct = ioctl(fd, HIDIOCGFEATURE(64), report.data()) >= 0;
-  for (const Exchange& wanted : exchanges(is_pct)) exchange(fd, wanted);
+  for (const Exchange& wanted : exchanges(is_pct)) {
+    for (const unsigned size : {64u, 65u, 512u, 5u, 2u, 1u, 0u}) exchange(fd, wanted, size);
+  }
   ask_lengths(fd, exchanges(is_pct)[1]);
   for (const unsigned id : {0u, 1u, 2u, 6u}) {
     report = {static_cast<uint8_t>(id)};
@@ -95,6 +97,14 @@ void ask_hidraw(int fd) {
     show("HIDIOCSOUTPUT" + which, ioctl(fd, HIDIOCSOUTPUT(64), report.data()));
   }
   ask_others(fd, "hidraw");
+}
+
+// Which panel it is, the kernel knows: each request to it counts here.
+void exchange_over_hidraw(int fd) {
+  constexpr int16_t kPctVendor = 0x2575;
+  hidraw_devinfo info{};
+  show("HIDIOCGRAWINFO", ioctl(fd, HIDIOCGRAWINFO, &info));
+  exchange(fd, exchanges(info.vendor == kPctVendor)[0], 64, kNoticedUs);
 }
 
 void ask_unplugged_hidraw(int fd) {

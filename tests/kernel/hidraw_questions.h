@@ -8,5 +8,6 @@ namespace zelkora::probe {
 
 void ask_hidraw(int fd);
 void ask_unplugged_hidraw(int fd);
+void exchange_over_hidraw(int fd);
 
 }  // namespace zelkora::probe

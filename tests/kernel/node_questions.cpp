@@ -9,6 +9,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <string>
@@ -61,8 +62,9 @@ void ask_text(int fd, const char* name, unsigned long request, bool is_phys) {
     if (result >= 0 && is_phys && size == 256) {
       const std::string_view phys(text.data());
       const bool whole = static_cast<size_t>(result) == phys.size() + 1;
-      std::printf("%s 256 -> %s, %s\n", name, whole ? "its length and one" : "another length",
-                  phys.ends_with("/input0") ? "ends in /input0" : "ends otherwise");
+      const std::string_view interface = phys.substr(std::min(phys.rfind('/'), phys.size()));
+      std::printf("%s 256 -> %s, ends in %s\n", name,
+                  whole ? "its length and one" : "another length", interface.data());
       continue;
     }
     if (show(std::string(name) + ' ' + std::to_string(size), result) && !is_phys) {
@@ -84,7 +86,7 @@ void ask_others(int fd, const char* node) {
   constexpr std::pair<const char*, unsigned long> kRequests[] = {
       {"unknown request", _IOR('H', 0x7E, int)},
       {"unknown write", _IOW('H', 0x7E, int)},
-      {"unknown event request", _IOR('E', 0x7E, int)},
+      {"unknown event request", _IOR('E', 0x0E, int)},
       {"sizeless request", _IO('H', 0x7E)},
       {"terminal request", _IO('T', 1)},
       {"request 0", 0},

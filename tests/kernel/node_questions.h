@@ -18,6 +18,10 @@ struct Exchange {
 
 std::span<const Exchange> exchanges(bool is_pct);
 
+// A panel that left in a request is gone after this time; until then the kernel may take another
+// request, and wait once more.
+inline constexpr unsigned kNoticedUs = 500'000;
+
 // A request for a text, into less room than it asks for and into enough.
 void ask_text(int fd, const char* name, unsigned long request, bool is_phys);
 

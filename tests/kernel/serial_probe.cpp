@@ -1,35 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The Zelkora authors
 // SPDX-License-Identifier: MIT
 //
-// Asks a serial port with a panel behind it what a host may ask, right and wrong, and prints what
-// came back. Ports of the real kernel and of the virtual one must give the same text.
+// Asks a serial port, with a panel behind it or with nothing at all, what a host may ask, right and
+// wrong, and prints what came back. Ports of the real kernel and of the virtual one must give the same text.
 #include <fcntl.h>
 #include <linux/hiddev.h>
-#include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <string_view>
 
+#include "answers.h"
+
+namespace zelkora::probe {
 namespace {
 
 constexpr unsigned kReplyUs = 100'000;
 constexpr std::string_view kWhoIsThere = "\x01ZZ\r";
-
-std::string outcome(long result) {
-  return result == -1 ? strerrorname_np(errno) : std::to_string(result);
-}
-
-void show(const char* what, long result) {
-  std::printf("%s -> %s\n", what, outcome(result).c_str());
-}
 
 void show_settings(const char* what, int fd) {
   termios settings{};
@@ -62,8 +54,10 @@ termios raw() {
 }
 
 void exchange(int fd) {
+  show_poll("idle", fd);
   read_bytes("read nothing", fd, 10);
   ask_panel(fd);
+  show_poll("with a reply", fd);
   read_bytes("read the reply", fd, 10);
   read_bytes("read more", fd, 10);
   ask_panel(fd);
@@ -107,6 +101,7 @@ void ask_wrong(int fd, const char* path) {
   hiddev_devinfo info{};
   show("a hiddev request", ioctl(fd, HIDIOCGDEVINFO, &info));
   show("seek", lseek(fd, 0, SEEK_SET));
+  show("isatty", isatty(fd));
   const int reader = open(path, O_RDONLY | O_NOCTTY | O_NONBLOCK);
   show("write through a reader", write(reader, "x", 1));
   show_settings("its settings", reader);
@@ -151,11 +146,12 @@ int run(const char* path) {
 }
 
 }  // namespace
+}  // namespace zelkora::probe
 
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::fputs("Usage: serial-probe PORT\n", stderr);
     return 2;
   }
-  return run(argv[1]);
+  return zelkora::probe::run(argv[1]);
 }

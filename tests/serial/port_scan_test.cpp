@@ -149,6 +149,14 @@ TEST_F(PortScanTest, APortThatCannotBeOpenedIsPassedOver) {
             joined({log_lines(), {"open /dev/ttyS0 O_RDWR|O_NONBLOCK|O_NOCTTY -> EBUSY"}}));
 }
 
+TEST_F(PortScanTest, APortWithoutHardwareIsAskedInVainAndClosed) {
+  attach_serial().controller.faults.no_hardware = true;
+  EXPECT_EQ(FindMyttyDevice(), 0);
+  EXPECT_EQ(count_of("open /dev/ttyS0"), 1U);
+  EXPECT_EQ(count_of("close /dev/ttyS0"), 1U);
+  EXPECT_EQ(DeviceNumber, 0);
+}
+
 TEST_F(PortScanTest, ASilentPortIsClosed) {
   attach_serial().controller.faults.silent = true;
   EXPECT_EQ(FindMyttyDevice(), 0);

@@ -125,11 +125,13 @@ TEST(PanelDescriptionTest, ASerialPanelIsAResistiveOneWithAPort) {
 
 TEST(PanelDescriptionTest, ASerialPanelTakesTheFaultsOfItsControllerAndOfItsLine) {
   const ResistiveFaults faults =
-      serial(parsed("serial,silent,stores=5,streamed-reports=50,failed-opens=2")).faults;
+      serial(parsed("serial,silent,stores=5,streamed-reports=50,failed-opens=2,no-hardware"))
+          .faults;
   EXPECT_TRUE(faults.silent);
   EXPECT_EQ(faults.stores, 5);
   EXPECT_EQ(faults.streamed_reports, 50U);
   EXPECT_EQ(faults.failed_opens, 2U);
+  EXPECT_TRUE(faults.no_hardware);
   EXPECT_FALSE(faults.streaming);
   EXPECT_TRUE(serial(parsed("serial,streaming")).faults.streaming);
 }

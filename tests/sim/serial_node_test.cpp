@@ -39,10 +39,12 @@ class EchoPort final : public SerialDevice {
   }
 
   void discard() override { waiting.clear(); }
+  bool has_hardware() const override { return fitted; }
   bool opens() override { return working; }
   void configure(const LineSettings& settings) override { heard.push_back(settings); }
 
   Bytes waiting;
+  bool fitted = true;
   bool working = true;
   std::vector<LineSettings> heard;
 };
@@ -84,6 +86,25 @@ TEST_F(VirtualSerialTest, FailsToOpenWhenTheDeviceDoes) {
   port_.working = true;
   EXPECT_GT(kernel_.open(kSerial, O_RDWR), handle_);
   EXPECT_EQ(trace_, (Lines{"open /dev/ttyS0 O_RDWR -> EIO", "open /dev/ttyS0 O_RDWR"}));
+}
+
+TEST_F(VirtualSerialTest, OpensWithoutHardwareAndFailsFromThenOn) {
+  port_.fitted = false;
+  port_.waiting = {1};
+  EXPECT_GT(kernel_.open(kSerial, O_RDWR), handle_);
+  std::array<uint8_t, 10> room{};
+  KernelTermios settings{};
+  EXPECT_EQ(kernel_.ioctl(handle_, TCGETS, &settings), -EIO);
+  EXPECT_EQ(kernel_.ioctl(handle_, TCSETS, &settings), -EIO);
+  EXPECT_EQ(kernel_.ioctl(handle_, HIDIOCGVERSION, room.data()), -EIO);
+  EXPECT_EQ(flush(TCIFLUSH), -EIO);
+  EXPECT_EQ(kernel_.read(handle_, room), -EIO);
+  EXPECT_EQ(kernel_.read(handle_, {}), -EIO);
+  EXPECT_EQ(kernel_.write(handle_, room), -EIO);
+  EXPECT_EQ(kernel_.write(handle_, {}), -EIO);
+  EXPECT_EQ(kernel_.poll(handle_), 0);
+  EXPECT_EQ(port_.waiting, Bytes{1});
+  EXPECT_TRUE(port_.heard.empty());
 }
 
 TEST_F(VirtualSerialTest, DropsWhatWaitsWhenNobodyHasItOpen) {
