@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Key=value files. Keys and section headers are found by substring; the first match wins.
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -122,12 +123,18 @@ int set_conf_option_str(const char* path, const char* key, const char* text) {
   return set_option(path, key, text);
 }
 
+// A rewrite, too: of an appended line, a crash may leave a piece.
 int add_conf_option(const char* path, const char* key, int value) {
-  if (zelkora::leads_out(path)) return 0;
-  ScopedFile file(open_file(path, "a"));
-  if (!file) return 0;
-  std::fprintf(file.get(), "%s=%d\n", key, value);
-  return std::fclose(file.release()) == 0 ? 1 : 0;
+  const ScopedFile file(open_file(path, "r"));
+  if (!file && errno != ENOENT) return 0;
+  zelkora::NewContent content;
+  if (content.stream() == nullptr) return 0;
+  if (file) {
+    for (LineReader reader(file.get()); reader.next();) content.write(reader.line());
+    if (std::ferror(file.get()) != 0) return 0;
+  }
+  std::fprintf(content.stream(), "%s=%d\n", key, value);
+  return content.commit(path) ? 1 : 0;
 }
 
 int get_conf_option_str(const char* path, const char* key, char* out) {

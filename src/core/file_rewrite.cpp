@@ -26,12 +26,6 @@ bool write_all(int descriptor, std::string_view content) {
   return true;
 }
 
-// Overwrites first and cuts last: a full disk does not cost the old content its tail too early.
-bool write_in_place(int descriptor, std::string_view content) {
-  return write_all(descriptor, content) &&
-         ftruncate(descriptor, static_cast<off_t>(content.size())) == 0 && fsync(descriptor) == 0;
-}
-
 // The directory part of a path, "." when it has none.
 void directory_of(const char* path, char (&directory)[PATH_MAX]) {
   const char* slash = std::strrchr(path, '/');
@@ -46,6 +40,18 @@ void sync_directory(const char* path) {
   directory_of(path, directory);
   const ScopedFd descriptor(::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (descriptor) fsync(descriptor.get());
+}
+
+// Overwrites first and cuts last: a full disk does not cost the old content its tail too early.
+bool write_in_place(const char* path, int descriptor, std::string_view content) {
+  if (!write_all(descriptor, content) ||
+      ftruncate(descriptor, static_cast<off_t>(content.size())) != 0 || fsync(descriptor) != 0) {
+    return false;
+  }
+  // The file may be a new one: where a link leads, there was none yet.
+  char target[PATH_MAX];
+  if (realpath(path, target) != nullptr) sync_directory(target);
+  return true;
 }
 
 enum class Outcome { kDone, kFailed, kForbidden };
@@ -93,7 +99,7 @@ Outcome write_beside(const char* path, const struct stat& old, std::string_view 
 }
 
 // A new file appears with its content: callers take one that is there for complete.
-Outcome write_new(const char* path, std::string_view content) {
+Outcome write_new(const char* path, std::string_view content, std::optional<mode_t> mode) {
   Temporary temporary(path);
   if (!temporary.fits) return Outcome::kForbidden;
   // mkostemp() finds the free name. The file itself is made by open(), which gives it the mode that
@@ -102,6 +108,8 @@ Outcome write_new(const char* path, std::string_view content) {
   unlink(temporary.name);
   const ScopedFd descriptor(::open(temporary.name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!descriptor) return outcome_of_error(errno);
+  // The content counts more than who else may change it.
+  if (mode) static_cast<void>(!fchmod(descriptor.get(), *mode));
   return fill_and_rename(descriptor.get(), temporary.name, path, content);
 }
 
@@ -123,12 +131,12 @@ bool leads_out(const char* path) {
          !lies_in(target, directory);
 }
 
-bool replace_file(const char* path, std::string_view content) {
+bool replace_file(const char* path, std::string_view content, std::optional<mode_t> new_mode) {
   if (leads_out(path)) return false;
   struct stat status;
   const bool existed = lstat(path, &status) == 0;
   if (!existed && errno == ENOENT) {
-    const Outcome outcome = write_new(path, content);
+    const Outcome outcome = write_new(path, content, new_mode);
     if (outcome != Outcome::kForbidden) return outcome == Outcome::kDone;
   }
   // Opened for writing first: a file that its user may not write stays as it is, even where its
@@ -138,7 +146,7 @@ bool replace_file(const char* path, std::string_view content) {
   Outcome outcome = Outcome::kForbidden;
   if (S_ISREG(status.st_mode)) outcome = write_beside(path, status, content);
   if (outcome == Outcome::kForbidden) {
-    outcome = write_in_place(target.get(), content) ? Outcome::kDone : Outcome::kFailed;
+    outcome = write_in_place(path, target.get(), content) ? Outcome::kDone : Outcome::kFailed;
   }
   if (outcome == Outcome::kDone) return true;
   if (!existed) unlink(path);

@@ -4,8 +4,11 @@
 // Whole-file rewrites that a crash or a full disk cannot turn into a half-written file.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "scoped.h"
@@ -21,7 +24,8 @@ bool leads_out(const char* path);
 // file where there was none.
 // Where the directory forbids that, or the file is a symbolic link, it is written in place.
 // False: the file cannot be written and holds what it held (in place: a prefix may be new).
-bool replace_file(const char* path, std::string_view content);
+// A file that was not there appears with `new_mode`, or else with the mode of the process's files.
+bool replace_file(const char* path, std::string_view content, std::optional<mode_t> new_mode = {});
 
 // A file's new content, written with stdio and kept in memory until it is complete.
 class NewContent {
@@ -39,9 +43,9 @@ class NewContent {
   void write(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stream_); }
 
   // Replaces the file, unless memory ran out on the way.
-  bool commit(const char* path) {
+  bool commit(const char* path, std::optional<mode_t> new_mode = {}) {
     const bool complete = std::fflush(stream_) == 0 && std::ferror(stream_) == 0;
-    return complete && replace_file(path, {data_, size_});
+    return complete && replace_file(path, {data_, size_}, new_mode);
   }
 
  private:

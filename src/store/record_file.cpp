@@ -23,6 +23,10 @@ static_assert(offsetof(ParamStoreRecord, UsbId) == 273);
 static_assert(offsetof(ParamStoreRecord, Payload) == 283);
 static_assert(sizeof(ParamStoreRecord::Payload) == ZELKORA_STORE_PAYLOAD);
 
+constexpr mode_t kWorldWritable = 0777;
+
+// The interface has the shell do it; a new file has that mode already, lest a crash in between cost
+// it.
 void make_world_writable(const char* path) {
   char command[4096];
   std::snprintf(command, sizeof command, "chmod 777 \"%s\"", path);
@@ -93,7 +97,7 @@ bool RecordFile::save(const char* function) {
     // What could not be read would be lost.
     if (std::ferror(file_.get()) != 0) return false;
   }
-  if (!content.commit(path_)) return false;
+  if (!content.commit(path_, kWorldWritable)) return false;
   for (int i = 0; i < count(); ++i) {
     DebugMsg(kTrace, "%s fwrite x[%d].phys:%s\n", function, i, KeyTexts(records_[i]).phys);
   }

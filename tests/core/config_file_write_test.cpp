@@ -127,6 +127,33 @@ TEST_F(ConfigFileWriteTest, AddingFailsSilentlyWhenTheFileCannotBeOpened) {
   EXPECT_EQ(trace(), Lines{});
 }
 
+TEST_F(ConfigFileWriteTest, AddingLeavesTheOldLinesWhenItFails) {
+  struct Row {
+    const char* call;
+    const char* path;
+  };
+  // A piece of the line behind the old ones would be taken for a setting.
+  const std::string temporary = std::string(path()) + ".*";
+  for (const Row& row : {Row{"write", temporary.c_str()}, Row{"rename", path()}}) {
+    SCOPED_TRACE(row.call);
+    fail_file_call(row.call, row.path, ENOSPC);
+    EXPECT_EQ(add_conf_option(file_with("A=1\n"), "Beep", 7), 0);
+    EXPECT_EQ(text(), "A=1\n");
+  }
+}
+
+TEST_F(ConfigFileWriteTest, AddingKeepsTheOtherLinesByteForByte) {
+  const std::string before = std::string(300, 'x') + "\r\n" + std::string(1, '\0') + "\xFF\n\n";
+  EXPECT_EQ(add_conf_option(file_with(before), "Beep", 7), 1);
+  EXPECT_EQ(text(), before + "Beep=7\n");
+}
+
+TEST_F(ConfigFileWriteTest, AddingFailsWhenTheOldLinesCannotBeRead) {
+  break_reading(file_with("A=1\nB=2\n"), 4);
+  EXPECT_EQ(add_conf_option(path(), "Beep", 7), 0);
+  EXPECT_EQ(read_file(path()), "A=1\nB=2\n");
+}
+
 TEST_F(ConfigFileWriteTest, AddingFailsWhenTheDiskIsFull) {
   EXPECT_EQ(add_conf_option("/dev/full", "Beep", 7), 0);
 }

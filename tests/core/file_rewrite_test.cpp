@@ -259,6 +259,16 @@ TEST_F(FileRewriteTest, TheWorkingDirectoryIsMadeDurableForANameWithoutOne) {
   EXPECT_TRUE(was_met(directory_));
 }
 
+TEST_F(FileRewriteTest, TheDirectoryIsMadeDurableBehindAFileThatIsMadeByWayOfALink) {
+  const std::string link = data_file("link.conf");
+  fs::remove(path_);
+  fs::create_symlink(path_, link);
+  fail_file_call("fsync", directory_, EIO);
+  EXPECT_EQ(add_conf_option(link.c_str(), "Beep", 7), 1);
+  EXPECT_TRUE(was_met(directory_));
+  EXPECT_EQ(read_file(path_), "Beep=7\n");
+}
+
 // A file outside the data directory, and a link in it that leads there.
 class LinkOutTest : public FileRewriteTest {
  protected:

@@ -50,6 +50,17 @@ TEST_F(RecordFileTest, ANewFileIsOneRecordOf347Bytes) {
   EXPECT_EQ(bytes, expected);
 }
 
+TEST_F(RecordFileTest, ANewFileIsOpenToAllBeforeTheShellIsAsked) {
+  mode_t seen = 0;
+  answer_command({.command = chmod_of(path), .effect = [&] {
+                    struct stat status {};
+                    EXPECT_EQ(::lstat(path.c_str(), &status), 0);
+                    seen = status.st_mode & 07777;
+                  }});
+  EXPECT_EQ(store(path, 1), 1U);
+  EXPECT_EQ(seen, 0777U);
+}
+
 TEST_F(RecordFileTest, ANewFileIsOpenedToAllOnceAfterItsContent) {
   for (const char* name : {".pctpbin", ".pctpbintmp", ".restpbin", ".restpbintmp"}) {
     SCOPED_TRACE(name);
