@@ -125,7 +125,7 @@ class Bench : public testing::Test {
   void expect_absent(const std::string& path) { seams_.absent_nodes.insert(path); }
   // The next call of that name on that file fails, once `skipped` such calls went through: open,
   // read, write, fopen, popen (by its command), opendir, mkostemp, rename (by its target), fsync,
-  // fchown, fchmod, ftruncate. A path that ends in "*" stands for all that begin like it.
+  // fchown, fchmod, ftruncate, unlink. A path that ends in "*" stands for all that begin like it.
   void fail_file_call(std::string call, std::string path, int error, int skipped = 0) {
     seams_.fail_file_call(std::move(call), std::move(path), error, skipped);
   }
@@ -135,6 +135,10 @@ class Bench : public testing::Test {
   }
   // In a child process: kills it at that call, from 1 on, of those that change what is on disk.
   void kill_at_write_call(int count) { seams_.kill_at_write_call(count); }
+  // Is told of every change on disk from now on; an empty function ends that.
+  void record_disk_operations(std::function<void(const DiskOperation&)> recorder) {
+    seams_.on_disk_operation = std::move(recorder);
+  }
   // What else happens while the library waits: the other end of a real port answers.
   void during_usleep(std::function<void()> effect) { seams_.during_usleep = std::move(effect); }
   termios& terminal(const std::string& path) { return seams_.terminals[path]; }

@@ -4,6 +4,7 @@
 // The C library calls that the test executable answers itself: see seams.h.
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
@@ -16,9 +17,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "seams.h"
 
+using zelkora::test::DiskOperation;
 using zelkora::test::next;
 using zelkora::test::Seams;
 
@@ -37,6 +40,35 @@ bool spoiled(const char* call, File file) {
 // Stands before every call that changes what is on disk.
 void reach_write_call() {
   if (Seams* seams = Seams::active()) seams->reach_write_call();
+}
+
+bool recorded() { return Seams::active() != nullptr && Seams::active()->on_disk_operation; }
+
+// The name without links of a file that need not be there.
+std::string real_name(const char* path) { return std::filesystem::weakly_canonical(path); }
+
+std::string real_name(int descriptor) {
+  std::error_code code;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), code);
+}
+
+// The operation is named only where it is recorded: to find the names takes calls.
+template <typename Operation>
+void record(bool done, Operation operation) {
+  if (!done || !recorded()) return;
+  const int error = errno;
+  Seams::active()->on_disk_operation(operation());
+  errno = error;
+}
+
+void record_creation(int descriptor) {
+  record(descriptor >= 0, [descriptor] {
+    struct stat status {};
+    fstat(descriptor, &status);
+    return DiskOperation{.kind = DiskOperation::Kind::kCreate,
+                         .path = real_name(descriptor),
+                         .number = status.st_mode & 07777};
+  });
 }
 
 bool served(int descriptor) {
@@ -70,8 +102,16 @@ int open(const char* path, int flags, ...) {
   }
   if ((flags & (O_WRONLY | O_RDWR | O_CREAT | O_TRUNC)) != 0) reach_write_call();
   if (spoiled("open", path)) return -1;
+  const bool creates = (flags & O_CREAT) != 0 && recorded() && access(path, F_OK) != 0;
   static const auto real = next<decltype(&::open)>("open");
-  return real(path, flags, mode);
+  const int descriptor = real(path, flags, mode);
+  if (creates) record_creation(descriptor);
+  if ((flags & O_TRUNC) != 0 && !creates) {
+    record(descriptor >= 0, [descriptor] {
+      return DiskOperation{.kind = DiskOperation::Kind::kResize, .path = real_name(descriptor)};
+    });
+  }
+  return descriptor;
 }
 
 int close(int descriptor) {
@@ -106,7 +146,16 @@ ssize_t write(int descriptor, const void* bytes, size_t size) {
   reach_write_call();
   if (spoiled("write", descriptor)) return -1;
   static const auto real = next<decltype(&::write)>("write");
-  return real(descriptor, bytes, size);
+  const ssize_t written = real(descriptor, bytes, size);
+  record(written > 0, [=] {
+    const auto end = static_cast<size_t>(lseek(descriptor, 0, SEEK_CUR));
+    const auto length = static_cast<size_t>(written);
+    return DiskOperation{.kind = DiskOperation::Kind::kWrite,
+                         .path = real_name(descriptor),
+                         .bytes = {static_cast<const char*>(bytes), length},
+                         .number = end - length};
+  });
+  return written;
 }
 
 int usleep(useconds_t microseconds) {
@@ -221,6 +270,7 @@ void perror(const char* text) {
 
 FILE* fopen(const char* path, const char* mode) {
   if (spoiled("fopen", path)) return nullptr;
+  if (recorded() && *mode != 'r') ADD_FAILURE() << "what stdio writes is not seen: " << path;
   static const auto real = next<decltype(&::fopen)>("fopen");
   FILE* file = real(path, mode);
   Seams* seams = Seams::active();
@@ -237,21 +287,44 @@ int mkostemp(char* pattern, int flags) {
   reach_write_call();
   if (spoiled("mkostemp", pattern)) return -1;
   static const auto real = next<decltype(&::mkostemp)>("mkostemp");
-  return real(pattern, flags);
+  const int descriptor = real(pattern, flags);
+  record_creation(descriptor);
+  return descriptor;
+}
+
+int unlink(const char* path) noexcept {
+  reach_write_call();
+  if (spoiled("unlink", path)) return -1;
+  static const auto real = next<decltype(&::unlink)>("unlink");
+  const std::string name = recorded() ? real_name(path) : std::string();
+  const int result = real(path);
+  record(result == 0,
+         [&] { return DiskOperation{.kind = DiskOperation::Kind::kRemove, .path = name}; });
+  return result;
 }
 
 int rename(const char* from, const char* to) noexcept {
   reach_write_call();
   if (spoiled("rename", to)) return -1;
   static const auto real = next<decltype(&::rename)>("rename");
-  return real(from, to);
+  const std::string source = recorded() ? real_name(from) : std::string();
+  const int result = real(from, to);
+  record(result == 0, [&] {
+    return DiskOperation{
+        .kind = DiskOperation::Kind::kRename, .path = source, .target = real_name(to)};
+  });
+  return result;
 }
 
 int fsync(int descriptor) {
   reach_write_call();
   if (spoiled("fsync", descriptor)) return -1;
   static const auto real = next<decltype(&::fsync)>("fsync");
-  return real(descriptor);
+  const int result = real(descriptor);
+  record(result == 0, [descriptor] {
+    return DiskOperation{.kind = DiskOperation::Kind::kSync, .path = real_name(descriptor)};
+  });
+  return result;
 }
 
 int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
@@ -265,14 +338,25 @@ int fchmod(int descriptor, mode_t mode) noexcept {
   reach_write_call();
   if (spoiled("fchmod", descriptor)) return -1;
   static const auto real = next<decltype(&::fchmod)>("fchmod");
-  return real(descriptor, mode);
+  const int result = real(descriptor, mode);
+  record(result == 0, [=] {
+    return DiskOperation{
+        .kind = DiskOperation::Kind::kMode, .path = real_name(descriptor), .number = mode};
+  });
+  return result;
 }
 
 int ftruncate(int descriptor, off_t size) noexcept {
   reach_write_call();
   if (spoiled("ftruncate", descriptor)) return -1;
   static const auto real = next<decltype(&::ftruncate)>("ftruncate");
-  return real(descriptor, size);
+  const int result = real(descriptor, size);
+  record(result == 0, [=] {
+    return DiskOperation{.kind = DiskOperation::Kind::kResize,
+                         .path = real_name(descriptor),
+                         .number = static_cast<size_t>(size)};
+  });
+  return result;
 }
 
 }  // extern "C"

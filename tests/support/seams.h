@@ -23,6 +23,7 @@
 #include <string_view>
 #include <vector>
 
+#include "disk_operation.h"
 #include "virtual_kernel.h"
 
 namespace zelkora::test {
@@ -55,6 +56,8 @@ class Seams {
   std::set<std::string> absent_nodes;  // may be opened in vain
   std::map<std::string, termios> terminals;
   std::function<void()> during_usleep;  // what else happens while the library waits
+  // Is told of every change on disk, once it is made.
+  std::function<void(const DiskOperation&)> on_disk_operation;
 
   // Makes the call (by name, such as "fopen") on a path fail with the error, once `skipped` such
   // calls went through. A path that ends in "*" stands for all that begin like it.
