@@ -43,7 +43,7 @@ install_pct_name_list() {  # NAME...
 
 # Plugs emulated controllers in and goes on serving them; see zelkora-usbip --help for DESCRIPTION.
 attach() {  # DESCRIPTION...
-    coproc usbip { exec "$ZELKORA_BUILD/zelkora-usbip" --trace /run/results/trace.log "$@"; }
+    coproc usbip { exec "$ZELKORA_BUILD/zelkora-usbip" --trace /run/trace.log "$@"; }
     local words
     while read -ra words <&"${usbip[0]}"; do
         [[ ${words[0]} == plugged ]] || break
