@@ -29,6 +29,9 @@ constexpr const char* kOrdinaryNodes[] = {"null",    "zero", "full", "random",
 constexpr const char* kEtcFiles[] = {"passwd",      "group",     "nsswitch.conf", "hosts",
                                      "resolv.conf", "localtime", "ld.so.cache"};
 
+// mount() ignores the type of such mounts, memory checkers read it.
+constexpr char kNoType[] = "none";
+
 Error failure(std::string_view what) { return std::string(what) + ": " + std::strerror(errno); }
 
 class Descriptor {
@@ -77,7 +80,7 @@ Error mount_empty(const char* path) {
 }
 
 Error bind(const std::string& source, const std::string& target) {
-  if (::mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
+  if (::mount(source.c_str(), target.c_str(), kNoType, MS_BIND | MS_REC, nullptr) != 0) {
     return failure("bind " + target);
   }
   return {};
@@ -117,7 +120,7 @@ Error own_mount_namespace() {
     if (errno != EPERM) return failure("make a mount namespace");
     if (Error error = own_user_namespace(); !error.empty()) return error;
   }
-  if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+  if (::mount(nullptr, "/", kNoType, MS_REC | MS_PRIVATE, nullptr) != 0) {
     return failure("keep mounts to this process");
   }
   return {};

@@ -3,6 +3,8 @@
 //
 // Changing key=value files: what becomes of their lines. How the file is replaced is the matter of
 // file_rewrite_test.cpp.
+#include <sys/mount.h>
+
 #include <cerrno>
 #include <climits>
 #include <filesystem>
@@ -154,8 +156,20 @@ TEST_F(ConfigFileWriteTest, AddingFailsWhenTheOldLinesCannotBeRead) {
   EXPECT_EQ(read_file(path()), "A=1\nB=2\n");
 }
 
+TEST_F(ConfigFileWriteTest, AddingRefusesADevice) {
+  EXPECT_EQ(add_conf_option("/dev/null", "Beep", 7), 0);
+}
+
 TEST_F(ConfigFileWriteTest, AddingFailsWhenTheDiskIsFull) {
-  EXPECT_EQ(add_conf_option("/dev/full", "Beep", 7), 0);
+  // Two pages of memory for a file system, and a file that fills them.
+  const std::string directory = data_file("small");
+  std::filesystem::create_directory(directory);
+  ASSERT_EQ(::mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=8k"), 0);
+  const std::string full = directory + "/full.conf";
+  write_file(full, std::string(8192, 'x'));
+  EXPECT_EQ(add_conf_option(full.c_str(), "Beep", 7), 0);
+  EXPECT_EQ(read_file(full), std::string(8192, 'x'));
+  EXPECT_EQ(::umount(directory.c_str()), 0);
 }
 
 }  // namespace

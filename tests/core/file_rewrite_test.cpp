@@ -311,6 +311,18 @@ TEST_F(LinkOutTest, ALinkByWayOfADirectoryLinkDoesNotLeadOutEither) {
   EXPECT_EQ(read_file(outside_), kOld);
 }
 
+TEST_F(LinkOutTest, ADirectoryWhoseNameBeginsLikeTheDataDirectoryIsOutsideToo) {
+  const fs::path sibling = fs::path(data_file("")).parent_path().string() + "-2";
+  fs::create_directory(sibling);
+  const std::string target = sibling / "outside.conf";
+  write_file(target, kOld);
+  const std::string link = data_file("second.conf");
+  fs::create_symlink(target, link);
+  EXPECT_EQ(set_beep(link), 0);
+  EXPECT_EQ(read_file(target), kOld);
+  fs::remove_all(sibling);
+}
+
 TEST_F(LinkOutTest, ALinkOutIsStillRead) {
   EXPECT_EQ(get_conf_option(link_.c_str(), "Beep", 0), 1000);
 }
@@ -378,8 +390,8 @@ TEST_F(FileRewriteTest, AFullDiskLeavesTheOldContent) {
 TEST_F(FileRewriteTest, AReadOnlyFileSystemLeavesTheOldContent) {
   constexpr unsigned long kReadOnly = MS_REMOUNT | MS_BIND | MS_RDONLY;
   const char* directory = directory_.c_str();
-  ASSERT_EQ(::mount(directory, directory, nullptr, MS_BIND, nullptr), 0);
-  ASSERT_EQ(::mount(nullptr, directory, nullptr, kReadOnly, nullptr), 0);
+  ASSERT_EQ(::mount(directory, directory, "none", MS_BIND, nullptr), 0);
+  ASSERT_EQ(::mount(nullptr, directory, "none", kReadOnly, nullptr), 0);
   EXPECT_EQ(set_beep(path_), 0);
   EXPECT_EQ(add_conf_option(path_.c_str(), "D", 4), 0);
   expect_unchanged();

@@ -28,6 +28,9 @@ struct PctKind {
 
   bool is_8752() const { return family == ZELKORA_FAMILY_8752; }
   const char* node() const { return hidraw ? "/dev/hidraw4" : "/dev/usb/hiddev4"; }
+
+  // Otherwise printed byte by byte, with the padding.
+  friend void PrintTo(const PctKind& kind, std::ostream* out) { *out << kind.name; }
 };
 
 inline constexpr PctKind kPctKinds[] = {

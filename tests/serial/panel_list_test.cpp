@@ -130,6 +130,7 @@ TEST_F(PanelListTest, ATextBetweenQuotesWithTtyNamesTheNextEntry) {
       {"\"\"\"ttyS5\"\"", 1, "ttyS5"},
       {"\"TTYS0\"", 0, ""},
       {"\"t\"\"ty\"", 0, ""},
+      {"no port", 0, ""},
       {"\"", 0, ""},
       {"", 0, ""},
       {"\"tty%s%n\"", 1, "tty%s%n"},

@@ -143,8 +143,8 @@ TEST_F(RecordFileFailureTest, AFullDiskLeavesTheOldRecords) {
 TEST_F(RecordFileFailureTest, AReadOnlyFileSystemLeavesTheOldRecords) {
   constexpr unsigned long kReadOnly = MS_REMOUNT | MS_BIND | MS_RDONLY;
   const char* directory = directory_.c_str();
-  ASSERT_EQ(::mount(directory, directory, nullptr, MS_BIND, nullptr), 0);
-  ASSERT_EQ(::mount(nullptr, directory, nullptr, kReadOnly, nullptr), 0);
+  ASSERT_EQ(::mount(directory, directory, "none", MS_BIND, nullptr), 0);
+  ASSERT_EQ(::mount(nullptr, directory, "none", kReadOnly, nullptr), 0);
   EXPECT_EQ(store(path_, 2), 0U);
   EXPECT_EQ(store(directory_ + "/.new", 2), 0U);
   expect_unchanged();
