@@ -263,6 +263,14 @@ TEST_F(RecordListWriteTest, ADeviceWithoutAPhysTouchesNoFile) {
   EXPECT_EQ(count_of("system"), 0U);
 }
 
+TEST_F(RecordListWriteTest, APhysOfOneCharacterIsOne) {
+  TouchDevice[0].Phys[0] = 'p';
+  TouchDevice[0].Phys[1] = '\0';
+  const std::string path = data_file(".pctpbin");
+  write_records(path, {panel(1)});
+  EXPECT_EQ(store(path, 2), 1U);
+}
+
 TEST_F(RecordListWriteTest, EveryEntryOfTheTableHasItsOwnRecord) {
   const std::string path = data_file(".restpbin");
   const Records panels = {{"port-1/a", "0102030405060708", "3A4C_1688", kNewFill},
