@@ -5,6 +5,7 @@ option(ZELKORA_BUILD_TOOLS "Build zelkoractl" ON)
 option(ZELKORA_BUILD_SIM "Build the virtual controllers" ON)
 option(ZELKORA_WERROR "Treat warnings as errors" OFF)
 option(ZELKORA_SANITIZE "Build with the address and undefined behaviour sanitizers" OFF)
+option(ZELKORA_FUZZ "Build the fuzz targets alone, with clang" OFF)
 option(ZELKORA_COVERAGE "Build with coverage counters" OFF)
 set(ZELKORA_SUPPORT_ADDRESS "support@zelkora.example" CACHE STRING
     "Address printed when a controller is not supported")

@@ -50,8 +50,8 @@ need_build_packages() {
 
 # To test them as well.
 need_test_packages() {
-    need git python3 libgtest-dev clang-14 clang clang-format-14 clang-tidy-14 \
-        shellcheck abigail-tools
+    need git python3 libgtest-dev clang-14 clang libclang-rt-14-dev clang-format-14 \
+        clang-tidy-14 shellcheck abigail-tools
 }
 
 # To test them on a real X server.

@@ -15,7 +15,8 @@
 namespace zelkora::test {
 namespace {
 
-Seams* g_active = nullptr;
+// Other threads are none of the test: a fuzzer has one that watches its memory.
+thread_local Seams* g_active = nullptr;
 
 constexpr std::string_view kOrdinaryNodes[] = {
     "/dev/null",  "/dev/zero",  "/dev/full",  "/dev/random", "/dev/urandom",
@@ -83,7 +84,7 @@ Seams::~Seams() { g_active = nullptr; }
 
 std::optional<int> Seams::open(const std::string& path, int flags) {
   if (!is_device(path)) return std::nullopt;
-  if (!kernel.owns(path) && !absent_nodes.contains(path)) {
+  if (!kernel.owns(path) && !any_node && !absent_nodes.contains(path)) {
     ADD_FAILURE() << "device access that no test set up: open " << path;
   }
   const int handle = kernel.open(path, flags);

@@ -53,7 +53,8 @@ class Seams {
   bool show_output = false;  // the library's text goes on to standard output besides
   std::vector<CommandAnswer> commands;
   bool any_command = false;            // commands without an answer succeed silently
-  std::set<std::string> absent_nodes;  // may be opened in vain
+  std::set<std::string> absent_nodes;  // may be opened in vain,
+  bool any_node = false;               // and so may all nodes
   std::map<std::string, termios> terminals;
   std::function<void()> during_usleep;  // what else happens while the library waits
   // Is told of every change on disk, once it is made.
