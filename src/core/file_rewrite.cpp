@@ -16,10 +16,14 @@
 namespace zelkora {
 namespace {
 
+// Signals in a row that a write starts again after: a file system that is interrupted for ever must
+// not hold up the host.
+constexpr int kInterruptions = 100;
+
 bool write_all(int descriptor, std::string_view content) {
-  while (!content.empty()) {
+  for (int interruptions = 0; !content.empty();) {
     const ssize_t written = ::write(descriptor, content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
+    if (written < 0 && errno == EINTR && ++interruptions <= kInterruptions) continue;
     if (written <= 0) return false;
     content.remove_prefix(static_cast<size_t>(written));
   }

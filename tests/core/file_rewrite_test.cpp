@@ -190,6 +190,12 @@ TEST_F(FileRewriteTest, AnInterruptedWriteIsTriedAgain) {
   expect_replaced();
 }
 
+TEST_F(FileRewriteTest, AWriteThatIsInterruptedForEverGivesUp) {
+  for (int i = 0; i < 1000; ++i) fail_file_call("write", temporary_, EINTR);
+  EXPECT_EQ(set_beep(path_), 0);
+  expect_unchanged();
+}
+
 TEST_F(FileRewriteTest, WhereNoFileCanBeMadeBesideItTheFileIsWrittenInPlace) {
   struct Row {
     const char* name;

@@ -19,9 +19,12 @@
 #include <cstring>
 #include <filesystem>
 
+#include "faults.h"
 #include "seams.h"
 
 using zelkora::test::DiskOperation;
+using zelkora::test::Fate;
+using zelkora::test::Faults;
 using zelkora::test::next;
 using zelkora::test::Seams;
 
@@ -71,6 +74,11 @@ void record_creation(int descriptor) {
   });
 }
 
+// True: the plan of faults has this call fail; errno is set.
+bool fails(const char* call, unsigned long detail = 0) {
+  return Faults::reach(call, detail) == Fate::kError;
+}
+
 bool served(int descriptor) {
   return Seams::active() != nullptr && Seams::active()->serves(descriptor);
 }
@@ -97,6 +105,7 @@ int open(const char* path, int flags, ...) {
     mode = va_arg(arguments, mode_t);
     va_end(arguments);
   }
+  if (fails("open")) return -1;
   if (Seams* seams = Seams::active()) {
     if (const std::optional<int> descriptor = seams->open(path, flags)) return *descriptor;
   }
@@ -114,10 +123,16 @@ int open(const char* path, int flags, ...) {
   return descriptor;
 }
 
+// The descriptor is gone, whatever closing it came to.
 int close(int descriptor) {
+  const bool failed = fails("close");
+  const int error = errno;
   if (served(descriptor)) Seams::active()->close(descriptor);
   static const auto real = next<decltype(&::close)>("close");
-  return real(descriptor);
+  const int result = real(descriptor);
+  if (!failed) return result;
+  errno = error;
+  return -1;
 }
 
 int ioctl(int descriptor, unsigned long request, ...) noexcept {
@@ -125,12 +140,16 @@ int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_start(arguments, request);
   void* argument = va_arg(arguments, void*);
   va_end(arguments);
+  if (fails("ioctl", request)) return -1;
   if (served(descriptor)) return Seams::active()->ioctl(descriptor, request, argument);
   static const auto real = next<decltype(&::ioctl)>("ioctl");
   return real(descriptor, request, argument);
 }
 
 ssize_t read(int descriptor, void* room, size_t size) {
+  const Fate fate = Faults::reach("read");
+  if (fate == Fate::kError) return -1;
+  if (fate == Fate::kShort) size = (size + 1) / 2;
   if (served(descriptor)) {
     return Seams::active()->read(descriptor, {static_cast<uint8_t*>(room), size});
   }
@@ -140,6 +159,9 @@ ssize_t read(int descriptor, void* room, size_t size) {
 }
 
 ssize_t write(int descriptor, const void* bytes, size_t size) {
+  const Fate fate = Faults::reach("write");
+  if (fate == Fate::kError) return -1;
+  if (fate == Fate::kShort) size = (size + 1) / 2;
   if (served(descriptor)) {
     return Seams::active()->write(descriptor, {static_cast<const uint8_t*>(bytes), size});
   }
@@ -178,6 +200,7 @@ unsigned sleep(unsigned seconds) {
 }
 
 int uname(struct utsname* name) noexcept {
+  if (fails("uname")) return -1;
   static const auto real = next<decltype(&::uname)>("uname");
   const int result = real(name);
   if (Seams* seams = Seams::active()) {
@@ -188,12 +211,18 @@ int uname(struct utsname* name) noexcept {
 }
 
 int system(const char* command) {
+  const Fate fate = Faults::reach("system");
+  if (fate == Fate::kError) return -1;
+  if (fate == Fate::kShort) return 1 << 8;
   if (Seams* seams = Seams::active()) return seams->run(command);
   static const auto real = next<decltype(&::system)>("system");
   return real(command);
 }
 
 FILE* popen(const char* command, const char* mode) {
+  const Fate fate = Faults::reach("popen");
+  if (fate == Fate::kError) return nullptr;
+  if (fate == Fate::kShort) return Seams::active()->empty_pipe();
   if (spoiled("popen", command)) return nullptr;
   if (Seams* seams = Seams::active()) return seams->open_pipe(command);
   static const auto real = next<decltype(&::popen)>("popen");
@@ -202,13 +231,15 @@ FILE* popen(const char* command, const char* mode) {
 
 int pclose(FILE* pipe) {
   if (Seams* seams = Seams::active()) {
-    if (const std::optional<int> status = seams->close_pipe(pipe)) return *status;
+    const bool failed = fails("pclose");
+    if (const std::optional<int> status = seams->close_pipe(pipe)) return failed ? -1 : *status;
   }
   static const auto real = next<decltype(&::pclose)>("pclose");
   return real(pipe);
 }
 
 int tcgetattr(int descriptor, struct termios* settings) noexcept {
+  if (fails("tcgetattr")) return -1;
   if (served(descriptor)) {
     *settings = Seams::active()->terminal(descriptor);
     return Seams::active()->terminal_call(descriptor, "tcgetattr");
@@ -218,6 +249,7 @@ int tcgetattr(int descriptor, struct termios* settings) noexcept {
 }
 
 int tcsetattr(int descriptor, int when, const struct termios* settings) noexcept {
+  if (fails("tcsetattr")) return -1;
   if (served(descriptor)) {
     Seams::active()->terminal(descriptor) = *settings;
     constexpr std::array kWhen = {"TCSANOW", "TCSADRAIN", "TCSAFLUSH"};
@@ -229,6 +261,7 @@ int tcsetattr(int descriptor, int when, const struct termios* settings) noexcept
 }
 
 int tcflush(int descriptor, int queue) noexcept {
+  if (fails("tcflush")) return -1;
   if (served(descriptor)) {
     constexpr std::array kQueue = {"TCIFLUSH", "TCOFLUSH", "TCIOFLUSH"};
     return Seams::active()->terminal_call(
@@ -269,21 +302,24 @@ void perror(const char* text) {
 }
 
 FILE* fopen(const char* path, const char* mode) {
+  if (fails("fopen")) return nullptr;
   if (spoiled("fopen", path)) return nullptr;
   if (recorded() && *mode != 'r') ADD_FAILURE() << "what stdio writes is not seen: " << path;
   static const auto real = next<decltype(&::fopen)>("fopen");
   FILE* file = real(path, mode);
   Seams* seams = Seams::active();
-  return seams == nullptr ? file : seams->broken_stream(file, path);
+  return seams == nullptr ? file : Faults::watched(seams->broken_stream(file, path), mode);
 }
 
 DIR* opendir(const char* path) {
+  if (fails("opendir")) return nullptr;
   if (spoiled("opendir", path)) return nullptr;
   static const auto real = next<decltype(&::opendir)>("opendir");
   return real(path);
 }
 
 int mkostemp(char* pattern, int flags) {
+  if (fails("mkostemp")) return -1;
   reach_write_call();
   if (spoiled("mkostemp", pattern)) return -1;
   static const auto real = next<decltype(&::mkostemp)>("mkostemp");
@@ -293,6 +329,7 @@ int mkostemp(char* pattern, int flags) {
 }
 
 int unlink(const char* path) noexcept {
+  if (fails("unlink")) return -1;
   reach_write_call();
   if (spoiled("unlink", path)) return -1;
   static const auto real = next<decltype(&::unlink)>("unlink");
@@ -304,6 +341,7 @@ int unlink(const char* path) noexcept {
 }
 
 int rename(const char* from, const char* to) noexcept {
+  if (fails("rename")) return -1;
   reach_write_call();
   if (spoiled("rename", to)) return -1;
   static const auto real = next<decltype(&::rename)>("rename");
@@ -317,6 +355,7 @@ int rename(const char* from, const char* to) noexcept {
 }
 
 int fsync(int descriptor) {
+  if (fails("fsync")) return -1;
   reach_write_call();
   if (spoiled("fsync", descriptor)) return -1;
   static const auto real = next<decltype(&::fsync)>("fsync");
@@ -328,6 +367,7 @@ int fsync(int descriptor) {
 }
 
 int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+  if (fails("fchown")) return -1;
   reach_write_call();
   if (spoiled("fchown", descriptor)) return -1;
   static const auto real = next<decltype(&::fchown)>("fchown");
@@ -335,6 +375,7 @@ int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
 }
 
 int fchmod(int descriptor, mode_t mode) noexcept {
+  if (fails("fchmod")) return -1;
   reach_write_call();
   if (spoiled("fchmod", descriptor)) return -1;
   static const auto real = next<decltype(&::fchmod)>("fchmod");
@@ -347,6 +388,7 @@ int fchmod(int descriptor, mode_t mode) noexcept {
 }
 
 int ftruncate(int descriptor, off_t size) noexcept {
+  if (fails("ftruncate")) return -1;
   reach_write_call();
   if (spoiled("ftruncate", descriptor)) return -1;
   static const auto real = next<decltype(&::ftruncate)>("ftruncate");

@@ -12,6 +12,8 @@
 #include <csignal>
 #include <memory>
 
+#include "faults.h"
+
 namespace zelkora::test {
 namespace {
 
@@ -83,6 +85,7 @@ Seams::Seams() {
 Seams::~Seams() { g_active = nullptr; }
 
 std::optional<int> Seams::open(const std::string& path, int flags) {
+  const Faults::Pause pause;
   if (!is_device(path)) return std::nullopt;
   if (!kernel.owns(path) && !any_node && !absent_nodes.contains(path)) {
     ADD_FAILURE() << "device access that no test set up: open " << path;
@@ -95,19 +98,23 @@ std::optional<int> Seams::open(const std::string& path, int flags) {
 }
 
 void Seams::close(int descriptor) {
+  const Faults::Pause pause;
   const auto node = open_nodes_.extract(descriptor);
   kernel.close(node.mapped().handle);
 }
 
 int Seams::ioctl(int descriptor, unsigned long request, void* argument) {
+  const Faults::Pause pause;
   return to_errno(kernel.ioctl(open_nodes_.at(descriptor).handle, request, argument));
 }
 
 ssize_t Seams::read(int descriptor, std::span<uint8_t> room) {
+  const Faults::Pause pause;
   return to_errno(kernel.read(open_nodes_.at(descriptor).handle, room));
 }
 
 ssize_t Seams::write(int descriptor, std::span<const uint8_t> bytes) {
+  const Faults::Pause pause;
   return to_errno(kernel.write(open_nodes_.at(descriptor).handle, bytes));
 }
 
@@ -132,6 +139,7 @@ CommandAnswer Seams::answer(const std::string& command) {
 }
 
 int Seams::run(const std::string& command) {
+  const Faults::Pause pause;
   trace.push_back("system " + command);
   const CommandAnswer given = answer(command);
   if (given.effect) given.effect();
@@ -139,6 +147,7 @@ int Seams::run(const std::string& command) {
 }
 
 FILE* Seams::open_pipe(const std::string& command) {
+  const Faults::Pause pause;
   trace.push_back("popen " + command);
   const CommandAnswer given = answer(command);
   if (given.effect) given.effect();
@@ -149,7 +158,16 @@ FILE* Seams::open_pipe(const std::string& command) {
   return pipe;
 }
 
+FILE* Seams::empty_pipe() {
+  const Faults::Pause pause;
+  FILE* pipe = std::tmpfile();
+  pipes_[pipe] = {"", 0};
+  trace.emplace_back("popen of nothing");
+  return pipe;
+}
+
 std::optional<int> Seams::close_pipe(FILE* pipe) {
+  const Faults::Pause pause;
   const auto found = pipes_.extract(pipe);
   if (found.empty()) return std::nullopt;
   trace.push_back("pclose");

@@ -84,6 +84,7 @@ class Seams {
   void print(const std::string& text);
   int run(const std::string& command);
   FILE* open_pipe(const std::string& command);
+  FILE* empty_pipe();  // of a command that says nothing
   std::optional<int> close_pipe(FILE* pipe);
   size_t open_pipes() const { return pipes_.size(); }
   // The error that was asked for with fail_file_call().
