@@ -82,9 +82,10 @@ constexpr SweepRow kRows[] = {
     {"SetCurrenDuration", kListed, [] { SetCurrenDuration(0, 1); }},
     {"SetCurrenBackLightDuty", kListed, [] { SetCurrenBackLightDuty(0, 1); }},
     {"LockParameter", kListed, [] { LockParameter(0); }},
-    {"SetCurrenAllParame", kListed, [] { SetCurrenAllParame(0, g_resistive); }},
-    {"GetCurrenAllParame", kListed, [] { GetCurrenAllParame(0, g_resistive); }},
-    {"ResRestoreDefault", kListed, [] { ResRestoreDefault(0); }},
+    // These keep a port open on which no controller answers.
+    {"SetCurrenAllParame", kListed, [] { SetCurrenAllParame(0, g_resistive); }, 1},
+    {"GetCurrenAllParame", kListed, [] { GetCurrenAllParame(0, g_resistive); }, 1},
+    {"ResRestoreDefault", kListed, [] { ResRestoreDefault(0); }, 1},
     {"ResSetAllParams", kUsbListed, [] { ResSetAllParams(0, g_resistive, 1, 0); }},
     {"ResGetAllParams", kUsbListed, [] { ResGetAllParams(0, g_resistive, 3); }},
     {"AXI_LoadDevToFile", kUsbListed, [] { AXI_LoadDevToFile(0, kImageFile); }},
