@@ -52,35 +52,36 @@ Bench::Bench(LineEnds line_ends, Trace trace)
 Bench::~Bench() = default;
 
 std::vector<std::string> Bench::plug(const PanelDescription& description) {
-  if (const auto* serial = std::get_if<SerialDescription>(&description.controller)) {
-    panels_.push_back({std::make_unique<VirtualPanel>(description), description});
-    return plug_serial(serial->port);
-  }
-  if (!description.on_hidraw) {
+  const auto* serial = std::get_if<SerialDescription>(&description.controller);
+  if (serial == nullptr && !description.on_hidraw) {
     throw std::runtime_error(
         "nodes=hiddev: a real kernel gives every panel on USB a hidraw node; "
         "nodes=hidraw and nodes=both are possible");
   }
-  panels_.push_back({std::make_unique<VirtualPanel>(description), description});
-  VirtualPanel& panel = *panels_.back().panel;
-  const size_t number = panels_.size() - 1;
+  const size_t number = panels_.size();
+  panels_.emplace_back(description);
+  return serial != nullptr ? plug_serial(number, serial->port) : plug_usb(number);
+}
+
+std::vector<std::string> Bench::plug_usb(size_t number) {
+  Panel& panel = panels_[number];
   const size_t usb = usb_number(number);
-  panel.set_on_reset([this, usb] { server_.replug(usb); });
-  panel.usb()->set_on_unplug([this, number, usb] {
+  panel.panel->set_on_reset([this, usb] { server_.replug(usb); });
+  panel.panel->usb()->set_on_unplug([this, number, usb] {
     panels_[number].plugged = false;
     server_.drop(usb);
   });
-  return give_permissions(description, server_.plug(panel.usb_interfaces(), trace_of(number)));
+  return give_permissions(panel.description,
+                          server_.plug(panel.panel->usb_interfaces(), trace_of(number)));
 }
 
-std::vector<std::string> Bench::plug_serial(const std::string& port) {
+std::vector<std::string> Bench::plug_serial(size_t number, const std::string& port) {
   if (port.empty()) throw std::runtime_error("which port is it on? serial,port=NAME");
   const auto end = line_ends_.find(port);
   if (end == line_ends_.end()) {
     throw std::runtime_error("where does the line of port " + port + " end? --line " + port +
                              "=PATH");
   }
-  const size_t number = panels_.size() - 1;
   const auto line = lines_.try_emplace(number, *panels_[number].panel->serial(), end->second).first;
   server_.also_serve(line->second);
   return {port};

@@ -49,12 +49,16 @@ class Bench final : public PluggedPanels {
 
  private:
   struct Panel {
+    explicit Panel(const PanelDescription& described)
+        : panel(std::make_unique<VirtualPanel>(described)), description(described) {}
+
     std::unique_ptr<VirtualPanel> panel;
     PanelDescription description;
     bool plugged = true;
   };
 
-  std::vector<std::string> plug_serial(const std::string& port);
+  std::vector<std::string> plug_serial(size_t number, const std::string& port);
+  std::vector<std::string> plug_usb(size_t number);
   size_t usb_number(size_t number) const;
   Trace trace_of(size_t number) const;
 
